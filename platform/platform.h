@@ -1,0 +1,20 @@
+#pragma once
+
+#include "platform/file_system.h"
+#include "platform/registry.h"
+#include "platform/shell.h"
+#include "platform/system.h"
+#include "platform/window_steering.h"
+
+namespace varnel {
+
+// Everything the logic may ask of the machine, handed to constructors.
+struct Platform {
+  IRegistry& registry;
+  IFileSystem& files;
+  ISystem& system;
+  IShell& shell;
+  IWindowSteering& windows;
+};
+
+}  // namespace varnel
