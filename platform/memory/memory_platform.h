@@ -65,12 +65,16 @@ class MemoryRegistry final : public IRegistry {
  private:
   FaultSwitches& faults_;
   bool is64_;
-  std::unique_ptr<Node> machine_;  // HKEY_LOCAL_MACHINE
-  std::unique_ptr<Node> users_;    // HKEY_USERS; the current user is a child
-  std::unique_ptr<Node> config_;   // HKEY_CURRENT_CONFIG
+  std::shared_ptr<Node> machine_;  // HKEY_LOCAL_MACHINE
+  std::shared_ptr<Node> users_;    // HKEY_USERS; the current user is a child
+  std::shared_ptr<Node> config_;   // HKEY_CURRENT_CONFIG
+  std::uint64_t clock_ = 132'000'000'000'000'000ULL;
 
   friend class MemoryRegistryKey;
-  Node* Resolve(RegRoot root, std::wstring_view path, bool use64, bool create);
+  struct Location;
+  Location Locate(RegRoot root, std::wstring_view path, bool use64) const;
+  std::shared_ptr<Node> Walk(const Location& where, bool create);
+  void Touch(Node& node);
 };
 
 class MemoryFileSystem final : public IFileSystem {

@@ -1,0 +1,409 @@
+#include "core/text.h"
+#include "platform/memory/memory_platform.h"
+
+namespace varnel::mem {
+
+struct MemoryFileSystem::Node {
+  std::wstring name;
+  std::wstring shortName;
+  std::uint32_t attributes = FileAttr::Directory;
+  std::vector<std::uint8_t> data;
+  FileTime creation = 0, lastAccess = 0, lastWrite = 0;
+  std::map<std::wstring, std::unique_ptr<Node>> children;  // by upper-cased name
+
+  bool IsDirectory() const { return (attributes & FileAttr::Directory) != 0; }
+};
+
+using FsNode = MemoryFileSystem::Node;
+
+namespace {
+
+constexpr std::size_t kMaxPath = 32767;
+constexpr std::size_t kMaxComponent = 255;
+constexpr FileTime kTick = 10'000'000;  // one second
+
+bool IsSeparator(wchar_t c, bool verbatim) { return c == L'\\' || (!verbatim && c == L'/'); }
+
+bool IsBadNameChar(wchar_t c, bool allowWildcards) {
+  if (static_cast<std::uint32_t>(c) < 0x20) return true;
+  switch (c) {
+    case L'<': case L'>': case L':': case L'"': case L'|':
+      return true;
+    case L'*': case L'?':
+      return !allowWildcards;
+    default:
+      return false;
+  }
+}
+
+// Splits an absolute path into the drive ("C:") and its components, with the
+// normalisation Windows applies to ordinary paths. nullopt when not valid.
+std::optional<std::vector<std::wstring>> ParsePath(std::wstring_view path, bool lastMayWildcard) {
+  if (path.size() > kMaxPath) return std::nullopt;
+  bool verbatim = false;
+  if (path.substr(0, 4) == L"\\\\?\\") {
+    path.remove_prefix(4);
+    verbatim = true;
+  }
+  if (path.size() < 2 || path[1] != L':' || !((path[0] >= L'A' && path[0] <= L'Z') ||
+                                               (path[0] >= L'a' && path[0] <= L'z')))
+    return std::nullopt;
+  if (path.size() > 2 && !IsSeparator(path[2], verbatim)) return std::nullopt;
+  std::vector<std::wstring> parts{std::wstring{text::ToUpper(path[0]), L':'}};
+  std::size_t start = 3;
+  while (start < path.size()) {
+    std::size_t end = start;
+    while (end < path.size() && !IsSeparator(path[end], verbatim)) ++end;
+    std::wstring part(path.substr(start, end - start));
+    const bool last = end >= path.size();
+    start = end + 1;
+    if (!verbatim) {
+      if (part == L".") continue;
+      if (part == L"..") {
+        if (parts.size() > 1) parts.pop_back();
+        continue;
+      }
+      while (!part.empty() && (part.back() == L'.' || part.back() == L' ')) part.pop_back();
+    }
+    if (part.empty()) continue;
+    if (part.size() > kMaxComponent) return std::nullopt;
+    for (wchar_t c : part)
+      if (IsBadNameChar(c, last && lastMayWildcard)) return std::nullopt;
+    parts.push_back(std::move(part));
+  }
+  return parts;
+}
+
+bool GlobMatch(std::wstring_view pattern, std::wstring_view name) {
+  std::size_t p = 0, n = 0, starP = std::wstring_view::npos, starN = 0;
+  while (n < name.size()) {
+    if (p < pattern.size() &&
+        (pattern[p] == L'?' || text::ToUpper(pattern[p]) == text::ToUpper(name[n]))) {
+      ++p;
+      ++n;
+    } else if (p < pattern.size() && pattern[p] == L'*') {
+      starP = p++;
+      starN = n;
+    } else if (starP != std::wstring_view::npos) {
+      p = starP + 1;
+      n = ++starN;
+    } else {
+      return false;
+    }
+  }
+  while (p < pattern.size() && pattern[p] == L'*') ++p;
+  return p == pattern.size();
+}
+
+// Windows rules on top of a plain glob: "*.*" matches every name and a
+// trailing ".*" also matches a name without extension.
+bool WildcardMatch(std::wstring_view pattern, std::wstring_view name) {
+  if (pattern == L"*.*" || pattern == L"*") return true;
+  if (GlobMatch(pattern, name)) return true;
+  if (pattern.size() >= 2 && pattern.substr(pattern.size() - 2) == L".*")
+    return GlobMatch(pattern.substr(0, pattern.size() - 2), name);
+  return false;
+}
+
+FindEntry EntryOf(const FsNode& node, std::wstring name) {
+  FindEntry e;
+  e.name = std::move(name);
+  e.shortName = node.shortName;
+  e.attributes = node.attributes;
+  e.size = node.IsDirectory() ? 0 : node.data.size();
+  e.creationTime = node.creation;
+  e.lastAccessTime = node.lastAccess;
+  e.lastWriteTime = node.lastWrite;
+  return e;
+}
+
+FsNode* Child(FsNode& dir, const std::wstring& name) {
+  auto it = dir.children.find(text::Upper(name));
+  if (it != dir.children.end()) return it->second.get();
+  for (auto& [_, child] : dir.children)
+    if (!child->shortName.empty() && text::SameText(child->shortName, name)) return child.get();
+  return nullptr;
+}
+
+}  // namespace
+
+MemoryFileSystem::MemoryFileSystem(FaultSwitches& faults)
+    : faults_(faults), root_(std::make_unique<Node>()), clock_(132'000'000'000'000'000ULL) {}
+
+MemoryFileSystem::~MemoryFileSystem() = default;
+
+FsNode* MemoryFileSystem::Find(std::wstring_view path) {
+  auto parts = ParsePath(path, false);
+  if (!parts) return nullptr;
+  FsNode* node = root_.get();
+  for (const auto& part : *parts) {
+    if (!node->IsDirectory()) return nullptr;
+    node = Child(*node, part);
+    if (!node) return nullptr;
+  }
+  return node;
+}
+
+std::optional<std::uint32_t> MemoryFileSystem::GetAttributes(std::wstring_view path) {
+  ++readCalls_;
+  if (faults_.Fails(Fault::FileAttributes)) return std::nullopt;
+  const FsNode* node = Find(path);
+  if (!node) return std::nullopt;
+  return node->attributes;
+}
+
+bool MemoryFileSystem::SetAttributes(std::wstring_view path, std::uint32_t attributes) {
+  if (faults_.Fails(Fault::FileAttributes)) return false;
+  FsNode* node = Find(path);
+  if (!node || node == root_.get()) return false;
+  attributes &= ~(FileAttr::Directory | FileAttr::Normal);
+  if (node->IsDirectory()) attributes |= FileAttr::Directory;
+  if (attributes == 0) attributes = FileAttr::Normal;
+  node->attributes = attributes;
+  return true;
+}
+
+bool MemoryFileSystem::FindEntries(std::wstring_view pattern, std::vector<FindEntry>& out) {
+  ++readCalls_;
+  out.clear();
+  if (faults_.Fails(Fault::FileFind)) return false;
+  auto parts = ParsePath(pattern, true);
+  if (!parts || parts->size() < 2) return false;
+  const std::wstring mask = parts->back();
+  parts->pop_back();
+  FsNode* dir = root_.get();
+  for (const auto& part : *parts) {
+    dir = dir->IsDirectory() ? Child(*dir, part) : nullptr;
+    if (!dir) return false;
+  }
+  if (!dir->IsDirectory()) return false;
+  const bool wildcard = mask.find_first_of(L"*?") != std::wstring::npos;
+  if (!wildcard) {
+    if (FsNode* hit = Child(*dir, mask)) out.push_back(EntryOf(*hit, hit->name));
+    return !out.empty();
+  }
+  if (parts->size() > 1) {
+    if (WildcardMatch(mask, L".")) out.push_back(EntryOf(*dir, L"."));
+    if (WildcardMatch(mask, L"..")) out.push_back(EntryOf(*dir, L".."));
+  }
+  for (const auto& [_, child] : dir->children)
+    if (WildcardMatch(mask, child->name) ||
+        (!child->shortName.empty() && WildcardMatch(mask, child->shortName)))
+      out.push_back(EntryOf(*child, child->name));
+  return !out.empty();
+}
+
+bool MemoryFileSystem::ReadWholeFile(std::wstring_view path, std::vector<std::uint8_t>& out) {
+  ++readCalls_;
+  out.clear();
+  if (faults_.Fails(Fault::FileRead)) return false;
+  FsNode* node = Find(path);
+  if (!node || node->IsDirectory()) return false;
+  out = node->data;
+  return true;
+}
+
+bool MemoryFileSystem::WriteWholeFile(std::wstring_view path,
+                                      std::span<const std::uint8_t> bytes) {
+  if (faults_.Fails(Fault::FileWrite)) return false;
+  auto parts = ParsePath(path, false);
+  if (!parts || parts->size() < 2) return false;
+  const std::wstring name = parts->back();
+  parts->pop_back();
+  FsNode* dir = root_.get();
+  for (const auto& part : *parts) {
+    dir = dir->IsDirectory() ? Child(*dir, part) : nullptr;
+    if (!dir) return false;
+  }
+  if (!dir->IsDirectory()) return false;
+  clock_ += kTick;
+  if (FsNode* existing = Child(*dir, name)) {
+    if (existing->IsDirectory() || (existing->attributes & FileAttr::ReadOnly)) return false;
+    existing->data.assign(bytes.begin(), bytes.end());
+    existing->lastWrite = existing->lastAccess = clock_;
+    return true;
+  }
+  auto node = std::make_unique<Node>();
+  node->name = name;
+  node->attributes = FileAttr::Archive;
+  node->data.assign(bytes.begin(), bytes.end());
+  node->creation = node->lastAccess = node->lastWrite = clock_;
+  dir->children.emplace(text::Upper(name), std::move(node));
+  return true;
+}
+
+bool MemoryFileSystem::RemoveFile(std::wstring_view path) {
+  if (faults_.Fails(Fault::FileDelete)) return false;
+  auto parts = ParsePath(path, false);
+  if (!parts || parts->size() < 2) return false;
+  const std::wstring name = parts->back();
+  parts->pop_back();
+  std::wstring parent = (*parts)[0];
+  for (std::size_t i = 1; i < parts->size(); ++i) parent += L"\\" + (*parts)[i];
+  FsNode* dir = Find(parent + L"\\");
+  if (!dir || !dir->IsDirectory()) return false;
+  FsNode* node = Child(*dir, name);
+  if (!node || node->IsDirectory() || (node->attributes & FileAttr::ReadOnly)) return false;
+  dir->children.erase(text::Upper(node->name));
+  return true;
+}
+
+bool MemoryFileSystem::MakeDirectory(std::wstring_view path) {
+  if (faults_.Fails(Fault::FolderCreate)) return false;
+  auto parts = ParsePath(path, false);
+  if (!parts || parts->size() < 2) return false;
+  FsNode* dir = root_.get();
+  for (std::size_t i = 0; i + 1 < parts->size(); ++i) {
+    dir = dir->IsDirectory() ? Child(*dir, (*parts)[i]) : nullptr;
+    if (!dir) return false;
+  }
+  if (!dir->IsDirectory() || Child(*dir, parts->back())) return false;
+  auto node = std::make_unique<Node>();
+  node->name = parts->back();
+  clock_ += kTick;
+  node->creation = node->lastAccess = node->lastWrite = clock_;
+  dir->children.emplace(text::Upper(node->name), std::move(node));
+  return true;
+}
+
+bool MemoryFileSystem::RemoveFolder(std::wstring_view path) {
+  if (faults_.Fails(Fault::FolderRemove)) return false;
+  auto parts = ParsePath(path, false);
+  if (!parts || parts->size() < 2) return false;
+  FsNode* dir = root_.get();
+  for (std::size_t i = 0; i + 1 < parts->size(); ++i) {
+    dir = dir->IsDirectory() ? Child(*dir, (*parts)[i]) : nullptr;
+    if (!dir) return false;
+  }
+  FsNode* node = Child(*dir, parts->back());
+  if (!node || !node->IsDirectory() || !node->children.empty() ||
+      (node->attributes & FileAttr::ReadOnly))
+    return false;
+  dir->children.erase(text::Upper(node->name));
+  return true;
+}
+
+bool MemoryFileSystem::MoveEntry(std::wstring_view from, std::wstring_view to) {
+  if (faults_.Fails(Fault::FileMove)) return false;
+  auto src = ParsePath(from, false);
+  auto dst = ParsePath(to, false);
+  if (!src || !dst || src->size() < 2 || dst->size() < 2) return false;
+  // A folder cannot move into itself.
+  if (dst->size() > src->size()) {
+    bool inside = true;
+    for (std::size_t i = 0; i < src->size() && inside; ++i)
+      inside = text::SameText((*src)[i], (*dst)[i]);
+    if (inside) return false;
+  }
+  auto parentOf = [this](const std::vector<std::wstring>& parts) -> FsNode* {
+    FsNode* dir = root_.get();
+    for (std::size_t i = 0; i + 1 < parts.size(); ++i) {
+      dir = dir->IsDirectory() ? Child(*dir, parts[i]) : nullptr;
+      if (!dir) return nullptr;
+    }
+    return dir->IsDirectory() ? dir : nullptr;
+  };
+  FsNode* srcDir = parentOf(*src);
+  FsNode* dstDir = parentOf(*dst);
+  if (!srcDir || !dstDir) return false;
+  FsNode* node = Child(*srcDir, src->back());
+  if (!node || Child(*dstDir, dst->back())) return false;
+  auto owned = std::move(srcDir->children[text::Upper(node->name)]);
+  srcDir->children.erase(text::Upper(node->name));
+  owned->name = dst->back();
+  owned->shortName.clear();
+  dstDir->children.emplace(text::Upper(owned->name), std::move(owned));
+  return true;
+}
+
+std::wstring MemoryFileSystem::LongPathName(std::wstring_view path) {
+  if (faults_.Fails(Fault::LongPath)) return {};
+  auto parts = ParsePath(path, false);
+  if (!parts) return {};
+  FsNode* node = root_.get();
+  std::wstring result;
+  for (const auto& part : *parts) {
+    node = node->IsDirectory() ? Child(*node, part) : nullptr;
+    if (!node) return {};
+    if (!result.empty()) result += L'\\';
+    result += node->name.empty() ? part : node->name;
+  }
+  if (parts->size() == 1 || (!path.empty() && path.back() == L'\\')) result += L'\\';
+  return result;
+}
+
+std::wstring MemoryFileSystem::ShortPathName(std::wstring_view path) {
+  if (faults_.Fails(Fault::ShortPath)) return {};
+  auto parts = ParsePath(path, false);
+  if (!parts) return {};
+  FsNode* node = root_.get();
+  std::wstring result;
+  for (const auto& part : *parts) {
+    node = node->IsDirectory() ? Child(*node, part) : nullptr;
+    if (!node) return {};
+    if (!result.empty()) result += L'\\';
+    result += !node->shortName.empty() ? node->shortName : (node->name.empty() ? part : node->name);
+  }
+  if (parts->size() == 1 || (!path.empty() && path.back() == L'\\')) result += L'\\';
+  return result;
+}
+
+bool MemoryFileSystem::MoveOnReboot(std::wstring_view from, std::wstring_view to) {
+  if (faults_.Fails(Fault::MoveOnReboot)) return false;
+  if (!ParsePath(from, false)) return false;
+  if (!to.empty() && !ParsePath(to, false)) return false;
+  pending_.emplace_back(std::wstring(from), std::wstring(to));
+  return true;
+}
+
+void MemoryFileSystem::AddFolder(std::wstring_view path) {
+  auto parts = ParsePath(path, false);
+  if (!parts) return;
+  FsNode* node = root_.get();
+  for (const auto& part : *parts) {
+    FsNode* child = Child(*node, part);
+    if (!child) {
+      auto fresh = std::make_unique<Node>();
+      fresh->name = part;
+      fresh->creation = fresh->lastAccess = fresh->lastWrite = clock_;
+      child = fresh.get();
+      node->children.emplace(text::Upper(part), std::move(fresh));
+    }
+    if (!child->IsDirectory()) return;
+    node = child;
+  }
+}
+
+void MemoryFileSystem::AddFile(std::wstring_view path, std::string_view content,
+                               std::uint32_t attributes) {
+  auto parts = ParsePath(path, false);
+  if (!parts || parts->size() < 2) return;
+  std::wstring folder = (*parts)[0];
+  for (std::size_t i = 1; i + 1 < parts->size(); ++i) folder += L"\\" + (*parts)[i];
+  AddFolder(folder + L"\\");
+  FsNode* dir = Find(folder + L"\\");
+  if (!dir || !dir->IsDirectory()) return;
+  auto node = std::make_unique<Node>();
+  node->name = parts->back();
+  node->attributes = attributes & ~FileAttr::Directory;
+  if (node->attributes == 0) node->attributes = FileAttr::Normal;
+  node->data.assign(content.begin(), content.end());
+  clock_ += kTick;
+  node->creation = node->lastAccess = node->lastWrite = clock_;
+  dir->children[text::Upper(node->name)] = std::move(node);
+}
+
+void MemoryFileSystem::SetTimes(std::wstring_view path, FileTime creation, FileTime lastAccess,
+                                FileTime lastWrite) {
+  if (FsNode* node = Find(path)) {
+    node->creation = creation;
+    node->lastAccess = lastAccess;
+    node->lastWrite = lastWrite;
+  }
+}
+
+void MemoryFileSystem::SetShortName(std::wstring_view path, std::wstring_view shortName) {
+  if (FsNode* node = Find(path)) node->shortName = shortName;
+}
+
+}  // namespace varnel::mem

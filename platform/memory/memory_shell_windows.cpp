@@ -1,0 +1,57 @@
+#include "core/text.h"
+#include "platform/memory/memory_platform.h"
+
+namespace varnel::mem {
+
+std::intptr_t MemoryShell::Execute(std::wstring_view verb, std::wstring_view file,
+                                   std::wstring_view parameters, std::wstring_view directory,
+                                   int show) {
+  calls.push_back(Call{std::wstring(verb), std::wstring(file), std::wstring(parameters),
+                       std::wstring(directory), show, false});
+  return result;
+}
+
+bool MemoryShell::ExecuteAndWaitIdle(std::wstring_view verb, std::wstring_view file, int show) {
+  calls.push_back(Call{std::wstring(verb), std::wstring(file), L"", L"", show, true});
+  if (result <= 32) return false;
+  if (onStart) onStart(calls.back());
+  return true;
+}
+
+WindowId MemoryWindows::FindTopWindow(std::wstring_view className) {
+  for (const auto& w : windows_)
+    if (w.parent == 0 && w.className == className) return w.id;
+  return 0;
+}
+
+WindowId MemoryWindows::FindChild(WindowId parent, std::wstring_view className) {
+  for (const auto& w : windows_)
+    if (w.parent == parent && parent != 0 && w.className == className) return w.id;
+  return 0;
+}
+
+void MemoryWindows::Show(WindowId window, int showCmd) {
+  messages.push_back({window, Message::Show, static_cast<std::uint32_t>(showCmd)});
+}
+
+void MemoryWindows::BringToFront(WindowId window) {
+  messages.push_back({window, Message::Front, 0});
+}
+
+void MemoryWindows::Focus(WindowId window) { messages.push_back({window, Message::Focus, 0}); }
+
+void MemoryWindows::SendKeyDown(WindowId window, std::uint32_t virtualKey) {
+  messages.push_back({window, Message::KeyDown, virtualKey});
+}
+
+void MemoryWindows::SendChar(WindowId window, wchar_t ch) {
+  messages.push_back({window, Message::Char, static_cast<std::uint32_t>(ch)});
+}
+
+WindowId MemoryWindows::AddWindow(std::wstring_view className, WindowId parent) {
+  const WindowId id = 0x1000 + windows_.size() * 4;
+  windows_.push_back(Window{id, parent, std::wstring(className)});
+  return id;
+}
+
+}  // namespace varnel::mem
