@@ -134,7 +134,8 @@ class MemoryRegistryKey final : public IRegistryKey {
     if (owner_.faults_.Fails(Fault::RegEnumValues)) return names;
     for (const Node* n : {primary_.get(), fallback_.get()}) {
       if (!n || n->deleted) continue;
-      for (const auto& [name, _] : n->values) {
+      for (const auto& entry : n->values) {
+        const std::wstring& name = entry.first;
         const bool seen = std::any_of(names.begin(), names.end(), [&](const std::wstring& s) {
           return text::SameText(s, name);
         });

@@ -1,0 +1,59 @@
+#include "core/directory_tree.h"
+
+#include <string>
+#include <vector>
+
+namespace varnel {
+
+namespace {
+
+struct Level {
+  std::wstring folder;
+  std::vector<FindEntry> entries;
+  std::size_t next = 0;
+};
+
+Level Open(IFileSystem& files, std::wstring folder) {
+  Level level{std::move(folder), {}, 0};
+  // A folder that cannot be listed is simply treated as empty; removing it
+  // then decides the outcome.
+  if (!files.FindEntries(level.folder + L"\\*.*", level.entries)) level.entries.clear();
+  return level;
+}
+
+}  // namespace
+
+bool DeleteDirectoryTree(IFileSystem& files, std::wstring_view folder) {
+  // An empty name would address the root of the current drive.
+  if (folder.empty()) return false;
+  // An explicit stack instead of recursion: a path may nest thousands of
+  // levels deep, which would exhaust a thread's stack.
+  std::vector<Level> stack;
+  stack.push_back(Open(files, std::wstring(folder)));
+  while (!stack.empty()) {
+    Level& top = stack.back();
+    if (top.next == top.entries.size()) {
+      const std::wstring done = std::move(top.folder);
+      stack.pop_back();
+      if (!files.RemoveFolder(done)) return false;
+      continue;
+    }
+    const FindEntry& entry = top.entries[top.next++];
+    if (entry.name == L"." || entry.name == L"..") continue;
+    const std::wstring path = top.folder + L"\\" + entry.name;
+    if (entry.attributes & FileAttr::Directory) {
+      // A junction or symbolic link is removed as a link; following it
+      // would delete a folder that belongs to someone else.
+      if (entry.attributes & FileAttr::ReparsePoint) {
+        if (!files.RemoveFolder(path)) return false;
+        continue;
+      }
+      stack.push_back(Open(files, path));  // invalidates `top`
+    } else if (!files.RemoveFile(path)) {
+      return false;
+    }
+  }
+  return true;
+}
+
+}  // namespace varnel

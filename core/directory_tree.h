@@ -1,0 +1,13 @@
+#pragma once
+
+#include <string_view>
+
+#include "platform/file_system.h"
+
+namespace varnel {
+
+// Deletes the folder with everything in it. Stops at the first entry that
+// cannot be deleted and returns false, leaving the rest in place.
+bool DeleteDirectoryTree(IFileSystem& files, std::wstring_view folder);
+
+}  // namespace varnel

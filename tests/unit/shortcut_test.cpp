@@ -1,0 +1,176 @@
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <string>
+
+#include "core/shortcut.h"
+#include "platform/memory/memory_platform.h"
+
+namespace varnel {
+namespace {
+
+void Put32(std::string& b, std::size_t at, std::uint32_t v) {
+  if (b.size() < at + 4) b.resize(at + 4, '\0');
+  for (int i = 0; i < 4; ++i) b[at + i] = static_cast<char>((v >> (8 * i)) & 0xFF);
+}
+
+struct LinkSpec {
+  std::uint32_t infoFlags = 1;
+  std::string basePath;      // bytes as stored, without terminator
+  int idListSize = -1;       // -1: no item-id list
+  bool withNetwork = false;  // a network block after the base path
+};
+
+// A shell link laid out as writers produce it: header, optional item ids,
+// then the link-information block with volume id, base path, network block
+// and common path suffix.
+std::string MakeLink(const LinkSpec& spec) {
+  std::string b(76, '\0');
+  Put32(b, 0, 76);
+  Put32(b, 20, spec.idListSize >= 0 ? 0x1u : 0x0u);
+  if (spec.idListSize >= 0) {
+    b.push_back(static_cast<char>(spec.idListSize & 0xFF));
+    b.push_back(static_cast<char>(spec.idListSize >> 8));
+    b.append(static_cast<std::size_t>(spec.idListSize), '\x7A');
+  }
+  const std::size_t info = b.size();
+  std::string block(28, '\0');
+  Put32(block, 4, 28);
+  Put32(block, 8, spec.infoFlags);
+  Put32(block, 12, 28);
+  block.append("\x11\0\0\0\x03\0\0\0\x78\x56\x34\x12\x10\0\0\0\0", 17);  // volume id
+  const std::size_t base = block.size();
+  block += spec.basePath;
+  block.push_back('\0');
+  std::size_t network = 0;
+  if (spec.withNetwork) {
+    network = block.size();
+    block.append("\x18\0\0\0\x02\0\0\0\x14\0\0\0\0\0\0\0\0\0\0\0\\\\srv\\share\0", 33);
+  }
+  const std::size_t suffix = block.size();
+  block.push_back('\0');
+  Put32(block, 16, static_cast<std::uint32_t>(base));
+  Put32(block, 20, static_cast<std::uint32_t>(network));
+  Put32(block, 24, static_cast<std::uint32_t>(suffix));
+  Put32(block, 0, static_cast<std::uint32_t>(block.size()));
+  b.resize(info);
+  return b + block;
+}
+
+class ShortcutTest : public testing::Test {
+ protected:
+  void Write(const std::string& bytes) { m.files.AddFile(kLink, bytes); }
+  int Kind() { return GetShortcutLinkKind(m.files, kLink); }
+  std::wstring Target() { return GetShortcutTarget(m.files, m.system, kLink); }
+  // Where the base path starts in a link made without item ids.
+  static constexpr std::size_t kBasePathAt = 76 + 45;
+  static constexpr const wchar_t* kLink = L"C:\\Users\\test\\Desktop\\App.lnk";
+  mem::MemoryPlatform m;
+};
+
+TEST_F(ShortcutTest, LocalTargetIsFoundWithOrWithoutItemIds) {
+  m.files.AddFile(L"C:\\Program Files\\App\\app.exe", "MZ");
+  Write(MakeLink({1, "C:\\Program Files\\App\\app.exe"}));
+  EXPECT_EQ(Kind(), LinkKind::LocalPath);
+  EXPECT_EQ(Target(), L"C:\\Program Files\\App\\app.exe");
+
+  Write(MakeLink({1, "C:\\Program Files\\App\\app.exe", 300}));
+  EXPECT_EQ(Kind(), LinkKind::LocalPath);
+  EXPECT_EQ(Target(), L"C:\\Program Files\\App\\app.exe");
+
+  m.files.AddFolder(L"C:\\Data");  // folders are targets too
+  Write(MakeLink({1, "C:\\Data", 0, true}));
+  EXPECT_EQ(Target(), L"C:\\Data");
+}
+
+TEST_F(ShortcutTest, KindsFromHeaderAndLinkInfoFlags) {
+  EXPECT_EQ(Kind(), LinkKind::NoFile);
+  EXPECT_EQ(GetShortcutLinkKind(m.files, L"C:\\Windows"), LinkKind::NoFile);  // a folder
+  EXPECT_EQ(GetShortcutTarget(m.files, m.system, L"C:\\" + std::wstring(32000, L'x')), L"");
+  const std::pair<std::uint32_t, int> flags[] = {
+      {2, LinkKind::Network}, {3, LinkKind::LocalAndNetwork}, {0, LinkKind::Other}, {5, LinkKind::Other}};
+  for (const auto& [infoFlags, kind] : flags) {
+    Write(MakeLink({infoFlags, "C:\\Windows\\regedit.exe", -1, true}));
+    EXPECT_EQ(Kind(), kind);
+    EXPECT_EQ(Target(), L"");
+  }
+  std::string bad = MakeLink({1, "C:\\Windows\\regedit.exe"});
+  bad[0] = 75;
+  Write(bad);
+  EXPECT_EQ(Kind(), LinkKind::BadHeader);
+  EXPECT_EQ(Target(), L"");
+  Write("");
+  EXPECT_EQ(Kind(), LinkKind::BadHeader);
+  // Bytes past the end read as zero: a two-byte 76 is a header, and item ids
+  // announced but cut off leave flags 0.
+  Write(std::string("\x4C\0", 2));
+  EXPECT_EQ(Kind(), LinkKind::Other);
+  bad[0] = 76;
+  Write(bad.substr(0, 20) + std::string("\1\0\0\0", 4));
+  EXPECT_EQ(Kind(), LinkKind::Other);
+
+  m.faults.Set(mem::Fault::FileRead);
+  EXPECT_EQ(Kind(), LinkKind::NoFile);
+}
+
+TEST_F(ShortcutTest, MissingTargetFallsBackToTheFollowingTexts) {
+  // Nothing after the path inside its length: the last attempt is empty.
+  Write(MakeLink({1, "C:\\Gone\\app.exe"}));
+  EXPECT_EQ(Target(), L"");
+
+  m.files.AddFile(L"C:\\Real\\app.exe", "MZ");
+  Write(MakeLink({1, std::string("C:\\Gone\\app.exe\0C:\\Real\\app.exe", 32)}));
+  EXPECT_EQ(Target(), L"C:\\Real\\app.exe");
+  // The third text is taken whether or not it exists.
+  Write(MakeLink({1, std::string("a\0b\0C:\\Nowhere\0d", 16)}));
+  EXPECT_EQ(Target(), L"C:\\Nowhere");
+}
+
+TEST_F(ShortcutTest, PathBytesAreAnsiWithAByteWiseSecondChance) {
+  m.files.AddFile(L"C:\\Caf\u00e9\\\u20ac.exe", "MZ");
+  Write(MakeLink({1, "C:\\Caf\xe9\\\x80.exe"}));  // code page 1252
+  EXPECT_EQ(Target(), L"C:\\Caf\u00e9\\\u20ac.exe");
+
+  m.system.ansiCodePage = 65001;
+  Write(MakeLink({1, "C:\\Caf\xc3\xa9\\\xe2\x82\xac.exe"}));
+  EXPECT_EQ(Target(), L"C:\\Caf\u00e9\\\u20ac.exe");
+
+  // Not valid UTF-8: only taking each byte as its own character finds it.
+  m.files.AddFile(L"C:\\Caf\u00e9\\x.exe", "MZ");
+  Write(MakeLink({1, "C:\\Caf\xe9\\x.exe"}));
+  EXPECT_EQ(Target(), L"C:\\Caf\u00e9\\x.exe");
+}
+
+TEST_F(ShortcutTest, ImplausibleLengthsAndTruncationGiveEmptyOrPartialText) {
+  m.files.AddFile(L"C:\\A\\b.exe", "MZ");
+  std::string link = MakeLink({1, "C:\\A\\b.exe"});
+  const std::size_t info = 76;
+
+  std::string limit = link;
+  Put32(limit, info + 24, 45);  // suffix where the path starts: length 0
+  Write(limit);
+  EXPECT_EQ(Target(), L"");
+  Put32(limit, info + 24, 10);  // suffix before the path
+  Write(limit);
+  EXPECT_EQ(Target(), L"");
+  Put32(limit, info + 24, 45 + 261);
+  Write(limit);
+  EXPECT_EQ(Target(), L"");
+  Put32(limit, info + 24, 45 + 260);  // just inside the buffer; reads past the end
+  Write(limit);
+  EXPECT_EQ(Target(), L"C:\\A\\b.exe");
+
+  Put32(limit, info + 16, 0xFFFFFFF0u);  // path far past the end of the file
+  Put32(limit, info + 24, 0xFFFFFFFFu);
+  Write(limit);
+  EXPECT_EQ(Target(), L"");
+
+  // Cut in the middle of the path; the rest reads as zero bytes, leaving the
+  // folder part.
+  Write(link.substr(0, kBasePathAt + 5));
+  EXPECT_EQ(Kind(), LinkKind::LocalPath);
+  EXPECT_EQ(Target(), L"C:\\A\\");
+}
+
+}  // namespace
+}  // namespace varnel
