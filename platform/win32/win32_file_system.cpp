@@ -1,0 +1,194 @@
+#include "platform/win32/win32_file_system.h"
+
+#include <windows.h>
+
+#include <algorithm>
+#include <exception>
+
+#include "platform/win32/unique_handle.h"
+#include "platform/win32/win32_strings.h"
+
+namespace varnel::win32 {
+
+namespace {
+
+// ReadFile/WriteFile take a DWORD count; stay well inside it.
+constexpr std::size_t kIoChunk = 1u << 30;
+
+FindEntry ToEntry(const WIN32_FIND_DATAW& data) {
+  FindEntry entry;
+  entry.name = data.cFileName;
+  entry.shortName = data.cAlternateFileName;
+  entry.attributes = data.dwFileAttributes;
+  entry.size = (static_cast<std::uint64_t>(data.nFileSizeHigh) << 32) | data.nFileSizeLow;
+  entry.creationTime = ToFileTime(data.ftCreationTime);
+  entry.lastAccessTime = ToFileTime(data.ftLastAccessTime);
+  entry.lastWriteTime = ToFileTime(data.ftLastWriteTime);
+  return entry;
+}
+
+template <typename Call>
+std::wstring PathQuery(std::wstring_view path, Call call) {
+  auto apiPath = ApiPath(path);
+  if (!apiPath || apiPath->empty()) return {};
+  // Wine answers a "\\?\" path by echoing it, whether it exists or not.
+  if (GetFileAttributesW(apiPath->c_str()) == INVALID_FILE_ATTRIBUTES) return {};
+  std::wstring result(MAX_PATH, L'\0');
+  // The answer can change size between calls (a rename), hence the loop.
+  for (int attempt = 0; attempt < 4; ++attempt) {
+    DWORD length = call(apiPath->c_str(), result.data(), static_cast<DWORD>(result.size()));
+    if (length == 0) return {};
+    if (length < result.size()) {
+      result.resize(length);
+      return PlainPath(std::move(result), path);
+    }
+    result.resize(length);
+  }
+  return {};
+}
+
+bool ReadAll(HANDLE file, std::vector<std::uint8_t>& data) {
+  LARGE_INTEGER size{};
+  if (!GetFileSizeEx(file, &size) || size.QuadPart < 0) return false;
+  data.resize(static_cast<std::size_t>(size.QuadPart));
+  std::size_t filled = 0;
+  while (filled < data.size()) {
+    DWORD want = static_cast<DWORD>(std::min(data.size() - filled, kIoChunk));
+    DWORD got = 0;
+    if (!ReadFile(file, data.data() + filled, want, &got, nullptr)) return false;
+    if (got == 0) break;
+    filled += got;
+  }
+  data.resize(filled);
+  // Someone may have appended since the size was taken.
+  std::uint8_t tail[4096];
+  for (;;) {
+    DWORD got = 0;
+    if (!ReadFile(file, tail, sizeof tail, &got, nullptr)) return false;
+    if (got == 0) return true;
+    data.insert(data.end(), tail, tail + got);
+  }
+}
+
+}  // namespace
+
+std::optional<std::uint32_t> Win32FileSystem::GetAttributes(std::wstring_view path) {
+  auto apiPath = ApiPath(path);
+  if (!apiPath) return std::nullopt;
+  DWORD attributes = GetFileAttributesW(apiPath->c_str());
+  if (attributes == INVALID_FILE_ATTRIBUTES) return std::nullopt;
+  return attributes;
+}
+
+bool Win32FileSystem::SetAttributes(std::wstring_view path, std::uint32_t attributes) {
+  auto apiPath = ApiPath(path);
+  return apiPath && SetFileAttributesW(apiPath->c_str(), attributes);
+}
+
+// FindExInfoStandard rather than Basic: the 8.3 alias comes from the same
+// directory record, and callers compare short forms.
+bool Win32FileSystem::FindEntries(std::wstring_view pattern, std::vector<FindEntry>& out) {
+  out.clear();
+  auto apiPattern = ApiPath(pattern);
+  if (!apiPattern || apiPattern->empty()) return false;
+  WIN32_FIND_DATAW data{};
+  UniqueFind find(FindFirstFileExW(apiPattern->c_str(), FindExInfoStandard, &data,
+                                   FindExSearchNameMatch, nullptr, FIND_FIRST_EX_LARGE_FETCH));
+  if (!find) return false;
+  try {
+    do {
+      out.push_back(ToEntry(data));
+    } while (FindNextFileW(find.get(), &data));
+  } catch (const std::exception&) {
+    out.clear();
+    return false;
+  }
+  return true;
+}
+
+bool Win32FileSystem::ReadWholeFile(std::wstring_view path, std::vector<std::uint8_t>& out) {
+  out.clear();
+  auto apiPath = ApiPath(path);
+  if (!apiPath || apiPath->empty()) return false;
+  UniqueFile file(CreateFileW(apiPath->c_str(), GENERIC_READ,
+                              FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                              OPEN_EXISTING, FILE_FLAG_SEQUENTIAL_SCAN, nullptr));
+  if (!file) return false;
+  try {
+    if (ReadAll(file.get(), out)) return true;
+  } catch (const std::exception&) {
+  }
+  out.clear();
+  return false;
+}
+
+bool Win32FileSystem::WriteWholeFile(std::wstring_view path, std::span<const std::uint8_t> bytes) {
+  auto apiPath = ApiPath(path);
+  if (!apiPath || apiPath->empty()) return false;
+  // Windows will not open a read-only file for writing, but a host that
+  // maps the flag to permissions lets an administrator through; ask first.
+  DWORD existing = GetFileAttributesW(apiPath->c_str());
+  if (existing != INVALID_FILE_ATTRIBUTES && (existing & FILE_ATTRIBUTE_READONLY)) {
+    SetLastError(ERROR_ACCESS_DENIED);
+    return false;
+  }
+  // OPEN_ALWAYS plus truncation rather than CREATE_ALWAYS, which refuses an
+  // existing hidden or system file unless the caller repeats its attributes.
+  UniqueFile file(CreateFileW(apiPath->c_str(), GENERIC_WRITE, 0, nullptr, OPEN_ALWAYS,
+                              FILE_ATTRIBUTE_NORMAL, nullptr));
+  if (!file) return false;
+  std::size_t written = 0;
+  while (written < bytes.size()) {
+    DWORD want = static_cast<DWORD>(std::min(bytes.size() - written, kIoChunk));
+    DWORD done = 0;
+    if (!WriteFile(file.get(), bytes.data() + written, want, &done, nullptr) || done == 0) {
+      return false;
+    }
+    written += done;
+  }
+  return SetEndOfFile(file.get()) != FALSE;
+}
+
+bool Win32FileSystem::RemoveFile(std::wstring_view path) {
+  auto apiPath = ApiPath(path);
+  return apiPath && !apiPath->empty() && DeleteFileW(apiPath->c_str());
+}
+
+bool Win32FileSystem::MakeDirectory(std::wstring_view path) {
+  auto apiPath = ApiPath(path);
+  return apiPath && !apiPath->empty() && CreateDirectoryW(apiPath->c_str(), nullptr);
+}
+
+bool Win32FileSystem::RemoveFolder(std::wstring_view path) {
+  auto apiPath = ApiPath(path);
+  return apiPath && !apiPath->empty() && RemoveDirectoryW(apiPath->c_str());
+}
+
+bool Win32FileSystem::MoveEntry(std::wstring_view from, std::wstring_view to) {
+  auto apiFrom = ApiPath(from);
+  auto apiTo = ApiPath(to);
+  if (!apiFrom || !apiTo || apiFrom->empty() || apiTo->empty()) return false;
+  return MoveFileExW(apiFrom->c_str(), apiTo->c_str(), MOVEFILE_COPY_ALLOWED);
+}
+
+std::wstring Win32FileSystem::LongPathName(std::wstring_view path) {
+  return PathQuery(path, [](const wchar_t* in, wchar_t* out, DWORD size) {
+    return GetLongPathNameW(in, out, size);
+  });
+}
+
+std::wstring Win32FileSystem::ShortPathName(std::wstring_view path) {
+  return PathQuery(path, [](const wchar_t* in, wchar_t* out, DWORD size) {
+    return GetShortPathNameW(in, out, size);
+  });
+}
+
+bool Win32FileSystem::MoveOnReboot(std::wstring_view from, std::wstring_view to) {
+  auto apiFrom = ApiPath(from);
+  auto apiTo = ApiPath(to);
+  if (!apiFrom || !apiTo || apiFrom->empty()) return false;
+  return MoveFileExW(apiFrom->c_str(), apiTo->empty() ? nullptr : apiTo->c_str(),
+                     MOVEFILE_REPLACE_EXISTING | MOVEFILE_DELAY_UNTIL_REBOOT);
+}
+
+}  // namespace varnel::win32

@@ -1,0 +1,15 @@
+#pragma once
+
+#include "platform/shell.h"
+
+namespace varnel::win32 {
+
+class Win32Shell final : public IShell {
+ public:
+  std::intptr_t Execute(std::wstring_view verb, std::wstring_view file,
+                        std::wstring_view parameters, std::wstring_view directory,
+                        int show) override;
+  bool ExecuteAndWaitIdle(std::wstring_view verb, std::wstring_view file, int show) override;
+};
+
+}  // namespace varnel::win32
