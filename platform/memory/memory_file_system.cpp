@@ -316,8 +316,7 @@ bool MemoryFileSystem::MoveEntry(std::wstring_view from, std::wstring_view to) {
   return true;
 }
 
-std::wstring MemoryFileSystem::LongPathName(std::wstring_view path) {
-  if (faults_.Fails(Fault::LongPath)) return {};
+std::wstring MemoryFileSystem::SpelledPath(std::wstring_view path, bool shortNames) {
   auto parts = ParsePath(path, false);
   if (!parts) return {};
   FsNode* node = root_.get();
@@ -326,26 +325,23 @@ std::wstring MemoryFileSystem::LongPathName(std::wstring_view path) {
     node = node->IsDirectory() ? Child(*node, part) : nullptr;
     if (!node) return {};
     if (!result.empty()) result += L'\\';
-    result += node->name.empty() ? part : node->name;
+    if (shortNames && !node->shortName.empty())
+      result += node->shortName;
+    else
+      result += node->name.empty() ? part : node->name;
   }
   if (parts->size() == 1 || (!path.empty() && path.back() == L'\\')) result += L'\\';
   return result;
 }
 
+std::wstring MemoryFileSystem::LongPathName(std::wstring_view path) {
+  if (faults_.Fails(Fault::LongPath)) return {};
+  return SpelledPath(path, false);
+}
+
 std::wstring MemoryFileSystem::ShortPathName(std::wstring_view path) {
   if (faults_.Fails(Fault::ShortPath)) return {};
-  auto parts = ParsePath(path, false);
-  if (!parts) return {};
-  FsNode* node = root_.get();
-  std::wstring result;
-  for (const auto& part : *parts) {
-    node = node->IsDirectory() ? Child(*node, part) : nullptr;
-    if (!node) return {};
-    if (!result.empty()) result += L'\\';
-    result += !node->shortName.empty() ? node->shortName : (node->name.empty() ? part : node->name);
-  }
-  if (parts->size() == 1 || (!path.empty() && path.back() == L'\\')) result += L'\\';
-  return result;
+  return SpelledPath(path, true);
 }
 
 bool MemoryFileSystem::MoveOnReboot(std::wstring_view from, std::wstring_view to) {

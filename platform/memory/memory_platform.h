@@ -120,6 +120,8 @@ class MemoryFileSystem final : public IFileSystem {
   std::uint64_t readCalls_ = 0;
   FileTime clock_ = 0;
   Node* Find(std::wstring_view path);
+  // The path as stored, with long or (where there is one) short names.
+  std::wstring SpelledPath(std::wstring_view path, bool shortNames);
 };
 
 class MemorySystem final : public ISystem {
