@@ -10,6 +10,7 @@ packages=(
   nlohmann-json3-dev libxml2-dev libssl-dev
   nsis msitools wixl
   dpkg-dev autoconf automake libtool pkg-config
+  bubblewrap
 )
 
 missing=()
