@@ -2,6 +2,7 @@
 
 #include <cstring>
 
+#include "core/reboot_file_ops.h"
 #include "tests/platform/win32_case.h"
 
 namespace varnel::testing_support {
@@ -111,7 +112,7 @@ TEST_P(Win32FileSystem, RewritingReplacesHiddenFilesAndTruncates) {
 }
 
 // The pending list is the machine's; the test puts back what it found.
-TEST_P(Win32FileSystem, MoveOnRebootAppendsToThePendingRenames) {
+TEST_P(Win32FileSystem, RebootDeletionsAndRenamesJoinThePendingRenames) {
   auto& reg = p().registry;
   const wchar_t* sessionManager = L"SYSTEM\\CurrentControlSet\\Control\\Session Manager";
   const wchar_t* pending = L"PendingFileRenameOperations";
@@ -124,8 +125,8 @@ TEST_P(Win32FileSystem, MoveOnRebootAppendsToThePendingRenames) {
   const std::wstring to = Scratch(L"live.dll");
   ASSERT_TRUE(p().files.WriteWholeFile(doomed, Bytes("1")));
   ASSERT_TRUE(p().files.WriteWholeFile(from, Bytes("2")));
-  const bool deleted = p().files.MoveOnReboot(doomed, L"");
-  const bool renamed = p().files.MoveOnReboot(from, to);
+  const bool deleted = ScheduleFileOnReboot(p(), doomed, L"", RebootMode::Delete);
+  const bool renamed = ScheduleFileOnReboot(p(), from, to, RebootMode::Rename);
   const std::optional<RegValue> after = key->ReadValue(pending);
   if (original) {
     key->WriteValue(pending, *original);
