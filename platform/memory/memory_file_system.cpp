@@ -144,6 +144,37 @@ FsNode* MemoryFileSystem::Find(std::wstring_view path) {
   return node;
 }
 
+std::optional<MemoryFileSystem::Place> MemoryFileSystem::Split(std::wstring_view path,
+                                                               bool lastMayWildcard) {
+  auto parts = ParsePath(path, lastMayWildcard);
+  if (!parts || parts->size() < 2) return std::nullopt;
+  Place place;
+  place.name = parts->back();
+  parts->pop_back();
+  place.atDriveRoot = parts->size() == 1;
+  FsNode* dir = root_.get();
+  for (const auto& part : *parts) {
+    dir = dir->IsDirectory() ? Child(*dir, part) : nullptr;
+    if (!dir) return std::nullopt;
+    place.chain.push_back(dir);
+  }
+  if (!dir->IsDirectory()) return std::nullopt;
+  place.folder = dir;
+  return place;
+}
+
+FsNode& MemoryFileSystem::AddChild(Node& folder, const std::wstring& name,
+                                   std::uint32_t attributes) {
+  auto node = std::make_unique<Node>();
+  node->name = name;
+  node->attributes = attributes;
+  clock_ += kTick;
+  node->creation = node->lastAccess = node->lastWrite = clock_;
+  FsNode& added = *node;
+  folder.children[text::Upper(name)] = std::move(node);
+  return added;
+}
+
 std::optional<std::uint32_t> MemoryFileSystem::GetAttributes(std::wstring_view path) {
   ++readCalls_;
   if (faults_.Fails(Fault::FileAttributes)) return std::nullopt;
@@ -167,22 +198,15 @@ bool MemoryFileSystem::FindEntries(std::wstring_view pattern, std::vector<FindEn
   ++readCalls_;
   out.clear();
   if (faults_.Fails(Fault::FileFind)) return false;
-  auto parts = ParsePath(pattern, true);
-  if (!parts || parts->size() < 2) return false;
-  const std::wstring mask = parts->back();
-  parts->pop_back();
-  FsNode* dir = root_.get();
-  for (const auto& part : *parts) {
-    dir = dir->IsDirectory() ? Child(*dir, part) : nullptr;
-    if (!dir) return false;
-  }
-  if (!dir->IsDirectory()) return false;
-  const bool wildcard = mask.find_first_of(L"*?") != std::wstring::npos;
-  if (!wildcard) {
+  const auto where = Split(pattern, true);
+  if (!where) return false;
+  FsNode* dir = where->folder;
+  const std::wstring& mask = where->name;
+  if (mask.find_first_of(L"*?") == std::wstring::npos) {
     if (FsNode* hit = Child(*dir, mask)) out.push_back(EntryOf(*hit, hit->name));
     return !out.empty();
   }
-  if (parts->size() > 1) {
+  if (!where->atDriveRoot) {
     if (WildcardMatch(mask, L".")) out.push_back(EntryOf(*dir, L"."));
     if (WildcardMatch(mask, L"..")) out.push_back(EntryOf(*dir, L".."));
   }
@@ -206,113 +230,66 @@ bool MemoryFileSystem::ReadWholeFile(std::wstring_view path, std::vector<std::ui
 bool MemoryFileSystem::WriteWholeFile(std::wstring_view path,
                                       std::span<const std::uint8_t> bytes) {
   if (faults_.Fails(Fault::FileWrite)) return false;
-  auto parts = ParsePath(path, false);
-  if (!parts || parts->size() < 2) return false;
-  const std::wstring name = parts->back();
-  parts->pop_back();
-  FsNode* dir = root_.get();
-  for (const auto& part : *parts) {
-    dir = dir->IsDirectory() ? Child(*dir, part) : nullptr;
-    if (!dir) return false;
-  }
-  if (!dir->IsDirectory()) return false;
+  const auto where = Split(path, false);
+  if (!where) return false;
   clock_ += kTick;
-  if (FsNode* existing = Child(*dir, name)) {
+  if (FsNode* existing = Child(*where->folder, where->name)) {
     if (existing->IsDirectory() || (existing->attributes & FileAttr::ReadOnly)) return false;
     existing->data.assign(bytes.begin(), bytes.end());
     existing->lastWrite = existing->lastAccess = clock_;
     return true;
   }
-  auto node = std::make_unique<Node>();
-  node->name = name;
-  node->attributes = FileAttr::Archive;
-  node->data.assign(bytes.begin(), bytes.end());
-  node->creation = node->lastAccess = node->lastWrite = clock_;
-  dir->children.emplace(text::Upper(name), std::move(node));
+  FsNode& node = AddChild(*where->folder, where->name, FileAttr::Archive);
+  node.data.assign(bytes.begin(), bytes.end());
   return true;
 }
 
 bool MemoryFileSystem::RemoveFile(std::wstring_view path) {
   if (faults_.Fails(Fault::FileDelete)) return false;
-  auto parts = ParsePath(path, false);
-  if (!parts || parts->size() < 2) return false;
-  const std::wstring name = parts->back();
-  parts->pop_back();
-  std::wstring parent = (*parts)[0];
-  for (std::size_t i = 1; i < parts->size(); ++i) parent += L"\\" + (*parts)[i];
-  FsNode* dir = Find(parent + L"\\");
-  if (!dir || !dir->IsDirectory()) return false;
-  FsNode* node = Child(*dir, name);
+  const auto where = Split(path, false);
+  if (!where) return false;
+  FsNode* node = Child(*where->folder, where->name);
   if (!node || node->IsDirectory() || (node->attributes & FileAttr::ReadOnly)) return false;
-  dir->children.erase(text::Upper(node->name));
+  where->folder->children.erase(text::Upper(node->name));
   return true;
 }
 
 bool MemoryFileSystem::MakeDirectory(std::wstring_view path) {
   if (faults_.Fails(Fault::FolderCreate)) return false;
-  auto parts = ParsePath(path, false);
-  if (!parts || parts->size() < 2) return false;
-  FsNode* dir = root_.get();
-  for (std::size_t i = 0; i + 1 < parts->size(); ++i) {
-    dir = dir->IsDirectory() ? Child(*dir, (*parts)[i]) : nullptr;
-    if (!dir) return false;
-  }
-  if (!dir->IsDirectory() || Child(*dir, parts->back())) return false;
-  auto node = std::make_unique<Node>();
-  node->name = parts->back();
-  clock_ += kTick;
-  node->creation = node->lastAccess = node->lastWrite = clock_;
-  dir->children.emplace(text::Upper(node->name), std::move(node));
+  const auto where = Split(path, false);
+  if (!where || Child(*where->folder, where->name)) return false;
+  AddChild(*where->folder, where->name, FileAttr::Directory);
   return true;
 }
 
 bool MemoryFileSystem::RemoveFolder(std::wstring_view path) {
   if (faults_.Fails(Fault::FolderRemove)) return false;
-  auto parts = ParsePath(path, false);
-  if (!parts || parts->size() < 2) return false;
-  FsNode* dir = root_.get();
-  for (std::size_t i = 0; i + 1 < parts->size(); ++i) {
-    dir = dir->IsDirectory() ? Child(*dir, (*parts)[i]) : nullptr;
-    if (!dir) return false;
-  }
-  FsNode* node = Child(*dir, parts->back());
+  const auto where = Split(path, false);
+  if (!where) return false;
+  FsNode* node = Child(*where->folder, where->name);
   if (!node || !node->IsDirectory() || !node->children.empty() ||
       (node->attributes & FileAttr::ReadOnly))
     return false;
-  dir->children.erase(text::Upper(node->name));
+  where->folder->children.erase(text::Upper(node->name));
   return true;
 }
 
 bool MemoryFileSystem::MoveEntry(std::wstring_view from, std::wstring_view to) {
   if (faults_.Fails(Fault::FileMove)) return false;
-  auto src = ParsePath(from, false);
-  auto dst = ParsePath(to, false);
-  if (!src || !dst || src->size() < 2 || dst->size() < 2) return false;
-  // A folder cannot move into itself.
-  if (dst->size() > src->size()) {
-    bool inside = true;
-    for (std::size_t i = 0; i < src->size() && inside; ++i)
-      inside = text::SameText((*src)[i], (*dst)[i]);
-    if (inside) return false;
-  }
-  auto parentOf = [this](const std::vector<std::wstring>& parts) -> FsNode* {
-    FsNode* dir = root_.get();
-    for (std::size_t i = 0; i + 1 < parts.size(); ++i) {
-      dir = dir->IsDirectory() ? Child(*dir, parts[i]) : nullptr;
-      if (!dir) return nullptr;
-    }
-    return dir->IsDirectory() ? dir : nullptr;
-  };
-  FsNode* srcDir = parentOf(*src);
-  FsNode* dstDir = parentOf(*dst);
-  if (!srcDir || !dstDir) return false;
-  FsNode* node = Child(*srcDir, src->back());
-  if (!node || Child(*dstDir, dst->back())) return false;
-  auto owned = std::move(srcDir->children[text::Upper(node->name)]);
-  srcDir->children.erase(text::Upper(node->name));
-  owned->name = dst->back();
+  const auto src = Split(from, false);
+  const auto dst = Split(to, false);
+  if (!src || !dst) return false;
+  FsNode* node = Child(*src->folder, src->name);
+  if (!node || Child(*dst->folder, dst->name)) return false;
+  // A folder cannot move into itself or below itself.
+  for (const FsNode* up : dst->chain)
+    if (up == node) return false;
+  const std::wstring key = text::Upper(node->name);
+  auto owned = std::move(src->folder->children[key]);
+  src->folder->children.erase(key);
+  owned->name = dst->name;
   owned->shortName.clear();
-  dstDir->children.emplace(text::Upper(owned->name), std::move(owned));
+  dst->folder->children.emplace(text::Upper(owned->name), std::move(owned));
   return true;
 }
 
@@ -358,13 +335,7 @@ void MemoryFileSystem::AddFolder(std::wstring_view path) {
   FsNode* node = root_.get();
   for (const auto& part : *parts) {
     FsNode* child = Child(*node, part);
-    if (!child) {
-      auto fresh = std::make_unique<Node>();
-      fresh->name = part;
-      fresh->creation = fresh->lastAccess = fresh->lastWrite = clock_;
-      child = fresh.get();
-      node->children.emplace(text::Upper(part), std::move(fresh));
-    }
+    if (!child) child = &AddChild(*node, part, FileAttr::Directory);
     if (!child->IsDirectory()) return;
     node = child;
   }
@@ -374,19 +345,17 @@ void MemoryFileSystem::AddFile(std::wstring_view path, std::string_view content,
                                std::uint32_t attributes) {
   auto parts = ParsePath(path, false);
   if (!parts || parts->size() < 2) return;
-  std::wstring folder = (*parts)[0];
-  for (std::size_t i = 1; i + 1 < parts->size(); ++i) folder += L"\\" + (*parts)[i];
-  AddFolder(folder + L"\\");
-  FsNode* dir = Find(folder + L"\\");
-  if (!dir || !dir->IsDirectory()) return;
-  auto node = std::make_unique<Node>();
-  node->name = parts->back();
-  node->attributes = attributes & ~FileAttr::Directory;
-  if (node->attributes == 0) node->attributes = FileAttr::Normal;
-  node->data.assign(content.begin(), content.end());
-  clock_ += kTick;
-  node->creation = node->lastAccess = node->lastWrite = clock_;
-  dir->children[text::Upper(node->name)] = std::move(node);
+  const std::wstring name = parts->back();
+  parts->pop_back();
+  std::wstring folder;
+  for (const auto& part : *parts) folder += part + L"\\";
+  AddFolder(folder);
+  const auto where = Split(folder + name, false);
+  if (!where) return;
+  where->folder->children.erase(text::Upper(name));
+  attributes &= ~FileAttr::Directory;
+  FsNode& node = AddChild(*where->folder, name, attributes ? attributes : FileAttr::Normal);
+  node.data.assign(content.begin(), content.end());
 }
 
 void MemoryFileSystem::SetTimes(std::wstring_view path, FileTime creation, FileTime lastAccess,

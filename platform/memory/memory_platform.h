@@ -120,6 +120,15 @@ class MemoryFileSystem final : public IFileSystem {
   std::uint64_t readCalls_ = 0;
   FileTime clock_ = 0;
   Node* Find(std::wstring_view path);
+  // An existing folder and the last name of a path below it.
+  struct Place {
+    Node* folder = nullptr;
+    std::wstring name;
+    bool atDriveRoot = false;
+    std::vector<Node*> chain;  // the folders from the drive down to `folder`
+  };
+  std::optional<Place> Split(std::wstring_view path, bool lastMayWildcard);
+  Node& AddChild(Node& folder, const std::wstring& name, std::uint32_t attributes);
   // The path as stored, with long or (where there is one) short names.
   std::wstring SpelledPath(std::wstring_view path, bool shortNames);
 };
