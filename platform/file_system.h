@@ -39,6 +39,9 @@ class IFileSystem {
 
   virtual std::optional<std::uint32_t> GetAttributes(std::wstring_view path) = 0;
   virtual bool SetAttributes(std::wstring_view path, std::uint32_t attributes) = 0;
+  // Attributes, size and times of one file or folder (name left empty);
+  // nullopt when it cannot be read.
+  virtual std::optional<FindEntry> GetFileInfo(std::wstring_view path) = 0;
 
   // pattern is a folder + "\" + a name that may hold "*" and "?".
   // "." and ".." are reported as the system reports them.

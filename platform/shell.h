@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <string_view>
 
 namespace varnel {
@@ -11,6 +12,9 @@ constexpr int Normal = 1;
 constexpr int Maximize = 3;
 }  // namespace ShowCmd
 
+// An icon owned by whoever holds the last copy; opaque outside the backend.
+using IconHandle = std::shared_ptr<void>;
+
 class IShell {
  public:
   virtual ~IShell() = default;
@@ -20,6 +24,10 @@ class IShell {
                                 int show) = 0;
   // Starts the file and waits, without time-out, until it is idle for input.
   virtual bool ExecuteAndWaitIdle(std::wstring_view verb, std::wstring_view file, int show) = 0;
+  // The small and the large icon at `index` of an icon, exe or dll file (a
+  // negative index is a resource id). False, both empty, unless both exist.
+  virtual bool ExtractIcons(std::wstring_view file, int index, IconHandle& small,
+                            IconHandle& large) = 0;
 };
 
 }  // namespace varnel

@@ -183,6 +183,20 @@ std::optional<std::uint32_t> MemoryFileSystem::GetAttributes(std::wstring_view p
   return node->attributes;
 }
 
+std::optional<FindEntry> MemoryFileSystem::GetFileInfo(std::wstring_view path) {
+  ++readCalls_;
+  if (faults_.Fails(Fault::FileAttributes)) return std::nullopt;
+  const FsNode* node = Find(path);
+  if (!node) return std::nullopt;
+  FindEntry entry;
+  entry.attributes = node->attributes;
+  entry.size = node->IsDirectory() ? 0 : node->data.size();
+  entry.creationTime = node->creation;
+  entry.lastAccessTime = node->lastAccess;
+  entry.lastWriteTime = node->lastWrite;
+  return entry;
+}
+
 bool MemoryFileSystem::SetAttributes(std::wstring_view path, std::uint32_t attributes) {
   if (faults_.Fails(Fault::FileAttributes)) return false;
   FsNode* node = Find(path);

@@ -84,6 +84,7 @@ class MemoryFileSystem final : public IFileSystem {
 
   std::optional<std::uint32_t> GetAttributes(std::wstring_view path) override;
   bool SetAttributes(std::wstring_view path, std::uint32_t attributes) override;
+  std::optional<FindEntry> GetFileInfo(std::wstring_view path) override;
   bool FindEntries(std::wstring_view pattern, std::vector<FindEntry>& out) override;
   bool ReadWholeFile(std::wstring_view path, std::vector<std::uint8_t>& out) override;
   bool WriteWholeFile(std::wstring_view path, std::span<const std::uint8_t> bytes) override;
@@ -204,8 +205,13 @@ class MemoryShell final : public IShell {
                         std::wstring_view parameters, std::wstring_view directory,
                         int show) override;
   bool ExecuteAndWaitIdle(std::wstring_view verb, std::wstring_view file, int show) override;
+  bool ExtractIcons(std::wstring_view file, int index, IconHandle& small,
+                    IconHandle& large) override;
 
   std::vector<Call> calls;
+  // Icon files by upper-cased path, with how many icons each holds.
+  std::map<std::wstring, int> iconFiles;
+  int iconsExtracted = 0;
   std::intptr_t result = 42;
   // Runs after a successful ExecuteAndWaitIdle, e.g. to make a window appear.
   std::function<void(const Call&)> onStart;

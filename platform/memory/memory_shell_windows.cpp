@@ -18,6 +18,19 @@ bool MemoryShell::ExecuteAndWaitIdle(std::wstring_view verb, std::wstring_view f
   return true;
 }
 
+bool MemoryShell::ExtractIcons(std::wstring_view file, int index, IconHandle& small,
+                               IconHandle& large) {
+  small.reset();
+  large.reset();
+  auto it = iconFiles.find(text::Upper(file));
+  if (it == iconFiles.end() || index >= it->second || -index > it->second) return false;
+  ++iconsExtracted;
+  // Distinct tokens stand in for the two icons.
+  small = std::make_shared<int>(2 * iconsExtracted);
+  large = std::make_shared<int>(2 * iconsExtracted + 1);
+  return true;
+}
+
 WindowId MemoryWindows::FindTopWindow(std::wstring_view className) {
   for (const auto& w : windows_)
     if (w.parent == 0 && w.className == className) return w.id;

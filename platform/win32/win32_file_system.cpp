@@ -85,6 +85,20 @@ bool Win32FileSystem::SetAttributes(std::wstring_view path, std::uint32_t attrib
   return apiPath && SetFileAttributesW(apiPath->c_str(), attributes);
 }
 
+std::optional<FindEntry> Win32FileSystem::GetFileInfo(std::wstring_view path) {
+  auto apiPath = ApiPath(path);
+  if (!apiPath || apiPath->empty()) return std::nullopt;
+  WIN32_FILE_ATTRIBUTE_DATA data{};
+  if (!GetFileAttributesExW(apiPath->c_str(), GetFileExInfoStandard, &data)) return std::nullopt;
+  FindEntry entry;
+  entry.attributes = data.dwFileAttributes;
+  entry.size = (static_cast<std::uint64_t>(data.nFileSizeHigh) << 32) | data.nFileSizeLow;
+  entry.creationTime = ToFileTime(data.ftCreationTime);
+  entry.lastAccessTime = ToFileTime(data.ftLastAccessTime);
+  entry.lastWriteTime = ToFileTime(data.ftLastWriteTime);
+  return entry;
+}
+
 // FindExInfoStandard rather than Basic: the 8.3 alias comes from the same
 // directory record, and callers compare short forms.
 bool Win32FileSystem::FindEntries(std::wstring_view pattern, std::vector<FindEntry>& out) {

@@ -8,6 +8,7 @@ class Win32FileSystem final : public IFileSystem {
  public:
   std::optional<std::uint32_t> GetAttributes(std::wstring_view path) override;
   bool SetAttributes(std::wstring_view path, std::uint32_t attributes) override;
+  std::optional<FindEntry> GetFileInfo(std::wstring_view path) override;
   bool FindEntries(std::wstring_view pattern, std::vector<FindEntry>& out) override;
   bool ReadWholeFile(std::wstring_view path, std::vector<std::uint8_t>& out) override;
   bool WriteWholeFile(std::wstring_view path, std::span<const std::uint8_t> bytes) override;

@@ -53,4 +53,24 @@ bool Win32Shell::ExecuteAndWaitIdle(std::wstring_view verb, std::wstring_view fi
   return true;
 }
 
+bool Win32Shell::ExtractIcons(std::wstring_view file, int index, IconHandle& small,
+                              IconHandle& large) {
+  small.reset();
+  large.reset();
+  auto apiFile = ApiString(file);
+  if (!apiFile || apiFile->empty()) return false;
+  HICON bigIcon = nullptr;
+  HICON smallIcon = nullptr;
+  if (ExtractIconExW(apiFile->c_str(), index, &bigIcon, &smallIcon, 1) == UINT_MAX) return false;
+  auto own = [](HICON icon) {
+    return icon ? IconHandle(icon, [](void* h) { DestroyIcon(static_cast<HICON>(h)); }) : nullptr;
+  };
+  small = own(smallIcon);
+  large = own(bigIcon);
+  if (small && large) return true;
+  small.reset();
+  large.reset();
+  return false;
+}
+
 }  // namespace varnel::win32

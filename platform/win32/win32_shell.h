@@ -10,6 +10,8 @@ class Win32Shell final : public IShell {
                         std::wstring_view parameters, std::wstring_view directory,
                         int show) override;
   bool ExecuteAndWaitIdle(std::wstring_view verb, std::wstring_view file, int show) override;
+  bool ExtractIcons(std::wstring_view file, int index, IconHandle& small,
+                    IconHandle& large) override;
 };
 
 }  // namespace varnel::win32

@@ -40,6 +40,26 @@ TEST_P(FileSystemContract, FilesRoundTripAndNamesIgnoreCase) {
   EXPECT_FALSE(fs.WriteWholeFile(Scratch(L"no\\such\\folder.txt"), Bytes("x")));
 }
 
+TEST_P(FileSystemContract, FileInfoMatchesWhatFindReports) {
+  auto& fs = p().files;
+  ASSERT_TRUE(fs.WriteWholeFile(Scratch(L"five.txt"), Bytes("12345")));
+  auto info = fs.GetFileInfo(Scratch(L"FIVE.txt"));
+  ASSERT_TRUE(info.has_value());
+  EXPECT_EQ(info->size, 5u);
+  EXPECT_FALSE(info->attributes & FileAttr::Directory);
+  std::vector<FindEntry> found;
+  ASSERT_TRUE(fs.FindEntries(Scratch(L"five.txt"), found));
+  ASSERT_EQ(found.size(), 1u);
+  EXPECT_EQ(info->creationTime, found[0].creationTime);
+  EXPECT_EQ(info->lastWriteTime, found[0].lastWriteTime);
+
+  auto folder = fs.GetFileInfo(Scratch());
+  ASSERT_TRUE(folder.has_value());
+  EXPECT_TRUE(folder->attributes & FileAttr::Directory);
+  EXPECT_FALSE(fs.GetFileInfo(Scratch(L"missing.txt")).has_value());
+  EXPECT_FALSE(fs.GetFileInfo(L"").has_value());
+}
+
 TEST_P(FileSystemContract, FindListsEntriesWithSizesAndHonoursWildcards) {
   auto& fs = p().files;
   ASSERT_TRUE(fs.MakeDirectory(Scratch(L"sub")));

@@ -1,0 +1,107 @@
+#include "cli/list_command.h"
+
+#include <algorithm>
+#include <nlohmann/json.hpp>
+
+#include "core/data_folder.h"
+#include "core/text.h"
+#include "inventory/software_info.h"
+
+namespace varnel::cli {
+namespace {
+
+std::string Utf8(const std::wstring& s) { return text::ToUtf8(s); }
+
+// Display width in code points, so that accented names line up.
+std::size_t Width(const std::string& utf8) {
+  return static_cast<std::size_t>(
+      std::count_if(utf8.begin(), utf8.end(), [](char c) { return (c & 0xC0) != 0x80; }));
+}
+
+}  // namespace
+
+std::string FormatListText(const TSoftList& list, bool all) {
+  struct Row {
+    std::string cells[5];
+  };
+  std::vector<Row> rows;
+  for (const auto& info : list) {
+    if (info->Hidden && !all) continue;
+    std::wstring view = info->Is64BitView ? L"64-bit" : L"32-bit";
+    if (info->RootKey == L"HKEY_CURRENT_USER") view += L" user";
+    if (info->Hidden) view += L" hidden";
+    rows.push_back(Row{{Utf8(info->Name), Utf8(info->Version), Utf8(info->SizeText),
+                        Utf8(info->InstallDateText), Utf8(view)}});
+  }
+  std::size_t widths[5] = {0, 0, 0, 0, 0};
+  for (const auto& row : rows)
+    for (int c = 0; c < 4; ++c) widths[c] = std::max(widths[c], Width(row.cells[c]));
+  std::string out;
+  for (const auto& row : rows) {
+    for (int c = 0; c < 5; ++c) {
+      out += row.cells[c];
+      if (c < 4) out.append(widths[c] - Width(row.cells[c]) + 2, ' ');
+    }
+    out += '\n';
+  }
+  return out;
+}
+
+std::string FormatListJson(const TSoftList& list, bool all) {
+  nlohmann::ordered_json array = nlohmann::ordered_json::array();
+  for (std::size_t i = 0; i < list.size(); ++i) {
+    const TSoftInfo& info = *list[i];
+    if (info.Hidden && !all) continue;
+    array.push_back({
+        {"index", i},
+        {"name", Utf8(info.Name)},
+        {"publisher", Utf8(info.Publisher)},
+        {"version", Utf8(info.Version)},
+        {"installDate", Utf8(info.InstallDateText)},
+        {"size", info.Size},
+        {"sizeText", Utf8(info.SizeText)},
+        {"rootKey", Utf8(info.RootKey)},
+        {"keyPath", Utf8(info.KeyPath)},
+        {"uninstallString", Utf8(info.UninstallString)},
+        {"installLocation", Utf8(info.InstallLocation)},
+        {"displayIcon", Utf8(info.DisplayIcon)},
+        {"is64BitView", info.Is64BitView},
+        {"isWindowsUpdate", info.IsWindowsUpdate},
+        {"isToolbar", info.IsToolbar},
+        {"isSystemComponent", info.IsSystemComponent},
+        {"hidden", info.Hidden},
+    });
+  }
+  // Registry text may hold lone surrogates; they must not abort the output.
+  return array.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
+}
+
+int RunList(const Platform& platform, const ListOptions& options, std::string& out,
+            std::string& err) {
+  TAppFrame frame(platform);
+  std::wstring cacheFile = SoftwareCacheFileName(frame, true);
+  if (cacheFile.empty()) {
+    err += "varnel-cli: no application-data folder; the software cache is not kept\n";
+  }
+  TGuiDispatcher dispatcher;
+  TSoftwareInfo::Options inventoryOptions;
+  inventoryOptions.cacheFile = cacheFile;
+  TSoftwareInfo inventory(platform, dispatcher, std::move(inventoryOptions));
+  inventory.Analysis().WaitForPass();
+  out += options.json ? FormatListJson(inventory.Items(), options.all)
+                      : FormatListText(inventory.Items(), options.all);
+  return ExitCode::Ok;
+}
+
+int RunCli(const Platform& platform, const std::vector<std::wstring>& args, std::string& out,
+           std::string& err) {
+  std::wstring error;
+  auto parsed = ParseArguments(args, error);
+  if (!parsed) {
+    err += "varnel-cli: " + text::ToUtf8(error) + "\n" + text::ToUtf8(UsageText());
+    return ExitCode::Usage;
+  }
+  return RunList(platform, parsed->list, out, err);
+}
+
+}  // namespace varnel::cli

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "cli/cli_args.h"
+#include "inventory/soft_list.h"
+#include "platform/platform.h"
+
+namespace varnel::cli {
+
+// The records `list` shows: the visible ones, or with `all` every one.
+std::string FormatListText(const TSoftList& list, bool all);
+std::string FormatListJson(const TSoftList& list, bool all);
+
+// Builds the inventory, waits for one analysis pass (which writes the
+// software cache) and prints. Output is UTF-8.
+int RunList(const Platform& platform, const ListOptions& options, std::string& out,
+            std::string& err);
+
+// The whole tool: arguments without the program name.
+int RunCli(const Platform& platform, const std::vector<std::wstring>& args, std::string& out,
+           std::string& err);
+
+}  // namespace varnel::cli

@@ -1,0 +1,47 @@
+#pragma once
+
+#include <atomic>
+#include <memory>
+#include <string>
+
+#include "inventory/gui_dispatcher.h"
+#include "inventory/inventory_view.h"
+#include "inventory/soft_list.h"
+#include "platform/platform.h"
+
+namespace varnel {
+
+// Completes the records in the background: install folder, size on disk,
+// icon, install date, last access; keeps what it finds in the cache file.
+// Every change to a record happens on the GUI thread, through the dispatcher.
+class TAnalysisThread {
+ public:
+  TAnalysisThread(const Platform& platform, TGuiDispatcher& dispatcher, std::wstring cacheFile);
+  // Stops a pass in progress and waits for the thread, serving its
+  // hand-overs meanwhile; the cache of the records already done is saved.
+  ~TAnalysisThread();
+  TAnalysisThread(const TAnalysisThread&) = delete;
+  TAnalysisThread& operator=(const TAnalysisThread&) = delete;
+
+  // Before Start. `view` may be null: no icons are extracted then, and no
+  // rows repainted. Sets "finished" and clears "stop".
+  void SetJobs(IInventoryView* view, TSoftList* list);
+  // Starts the thread, idle until RunPass.
+  void Start();
+  // Clears "finished": the thread runs one pass over the list.
+  void RunPass();
+  // Sets "stop": the pass ends after the record in hand, its row unpainted.
+  void RequestStop();
+  bool Finished() const { return finished_; }
+  bool Running() const;
+  // GUI thread: waits until the pass has ended, serving hand-overs.
+  void WaitForPass();
+
+ private:
+  struct Worker;
+  std::unique_ptr<Worker> worker_;
+  std::atomic<bool> finished_{true};
+  std::atomic<bool> stop_{false};
+};
+
+}  // namespace varnel

@@ -1,0 +1,59 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "core/app_frame.h"
+#include "inventory/analysis_thread.h"
+#include "inventory/soft_list.h"
+
+namespace varnel {
+
+// Appends browser toolbars for one registry view; the inventory folds them
+// into the programs they belong to.
+using ToolbarDiscovery = std::function<void(TSoftList& list, bool use64BitView)>;
+
+// Uninstall entries of the default view and, where one exists, the 64-bit
+// view; then toolbars, folded into their programs.
+void CollectInstalledSoftware(const TAppFrame& frame, TSoftList& list,
+                              const ToolbarDiscovery& discoverToolbars = {});
+
+// The installed software: built once, completed in the background by the
+// analysis thread, which lives and dies with it.
+class TSoftwareInfo {
+ public:
+  struct Options {
+    IInventoryView* view = nullptr;  // no icons and no row updates without one
+    std::wstring displayText1;
+    std::wstring displayText2;
+    std::wstring cacheFile;
+    ToolbarDiscovery discoverToolbars;
+  };
+
+  TSoftwareInfo(const Platform& platform, TGuiDispatcher& dispatcher, Options options);
+  // Stops the analysis and waits for it, serving its hand-overs meanwhile.
+  ~TSoftwareInfo();
+  TSoftwareInfo(const TSoftwareInfo&) = delete;
+  TSoftwareInfo& operator=(const TSoftwareInfo&) = delete;
+
+  TSoftList& Items() { return items_; }
+  const TSoftList& Items() const { return items_; }
+  TAnalysisThread& Analysis() { return *analysis_; }
+  const std::wstring& CacheFile() const { return options_.cacheFile; }
+  const std::wstring& DisplayText1() const { return options_.displayText1; }
+  const std::wstring& DisplayText2() const { return options_.displayText2; }
+
+  // Held for the main window's category views.
+  static constexpr std::int64_t kLargeSize = 52428800;  // 50 MiB
+  static constexpr int kRecentDays = 10;
+  static constexpr int kRarelyUsedDays = 30;
+
+ private:
+  Options options_;
+  TSoftList items_;
+  std::unique_ptr<TAnalysisThread> analysis_;
+};
+
+}  // namespace varnel

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <functional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "core/app_frame.h"
+#include "inventory/soft_list.h"
+
+namespace varnel {
+
+inline constexpr std::wstring_view kUninstallKeyPath =
+    L"\\SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Uninstall";
+
+// Visits a key and every key below it, breadth first, in the order the
+// registry lists subkeys. `key` is null for a key that does not open; the
+// walk goes on. An unknown root name visits only the start path.
+void WalkKeyTree(IRegistry& registry, std::wstring_view rootName, std::wstring_view path,
+                 bool use64, const std::function<void(const std::wstring& path,
+                                                      const IRegistryKey* key)>& visit);
+// The start key followed by all its descendants, breadth first.
+void EnumerateKeyTree(IRegistry& registry, std::wstring_view rootName, std::wstring_view path,
+                      std::vector<std::wstring>& keys, bool use64);
+
+// The folder joined with the first "*.msi" file in it, or empty.
+std::wstring FindMsiInFolder(IFileSystem& files, std::wstring_view folder);
+
+// Appends the Uninstall entries of both roots in one view, then hides
+// same-name duplicates over the whole list. Returns the list's count, or -1
+// without a list.
+int EnumerateUninstallKeys(const TAppFrame& frame, TSoftList* list, bool use64BitView);
+
+// "20100315" -> 15 March 2010 and its short-date text; anything else clears
+// both.
+void ParseInstallDate(ISystem& system, TSoftInfo& info);
+
+// Hides duplicates by name: a system component yields to its namesake, an
+// ordinary record absorbs the fields its later namesakes have and it lacks.
+void FilterSameName(TSoftList& list);
+
+}  // namespace varnel
