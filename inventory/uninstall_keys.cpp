@@ -1,5 +1,8 @@
 #include "inventory/uninstall_keys.h"
 
+#include <algorithm>
+#include <unordered_map>
+
 #include "core/file_size.h"
 #include "core/registry_location.h"
 #include "core/registry_values.h"
@@ -40,7 +43,15 @@ std::wstring FindMsiInFolder(IFileSystem& files, std::wstring_view folder) {
   return {};
 }
 
-void ParseInstallDate(ISystem& system, TSoftInfo& info) {
+EntryContext::EntryContext(ISystem& system)
+    : now(NowLocal(system)),
+      currentYear(DecodeDateTime(now).year > 0 ? DecodeDateTime(now).year : 2000),
+      shortDatePicture(system.ShortDateFormat()),
+      decimalSeparator(system.DecimalSeparator()) {
+  if (shortDatePicture.empty()) shortDatePicture = L"M/d/yyyy";
+}
+
+void ParseInstallDate(const EntryContext& context, TSoftInfo& info) {
   if (info.InstallDateText.empty()) {
     info.InstallDate = 0;
     return;
@@ -50,15 +61,14 @@ void ParseInstallDate(ISystem& system, TSoftInfo& info) {
   // appended, so short text fails to parse.
   s.insert(std::min<std::size_t>(6, s.size()), 1, L'-');
   s.insert(std::min<std::size_t>(4, s.size()), 1, L'-');
-  int currentYear = DecodeDateTime(NowLocal(system)).year;
-  auto date = ParseDate(s, DateOrder::YMD, L'-', currentYear > 0 ? currentYear : 2000);
+  auto date = ParseDate(s, DateOrder::YMD, L'-', context.currentYear);
   if (!date) {
     info.InstallDate = 0;
     info.InstallDateText.clear();
     return;
   }
   info.InstallDate = *date;
-  info.InstallDateText = FormatShortDate(system, *date);
+  info.InstallDateText = FormatDate(context.shortDatePicture, *date);
 }
 
 namespace {
@@ -71,8 +81,7 @@ bool IsProductCodeTail(std::wstring_view key) {
 
 std::unique_ptr<TSoftInfo> ReadEntry(const TAppFrame& frame, const std::wstring& rootName,
                                      const std::wstring& path, const IRegistryKey& key,
-                                     bool use64, TDateTime now) {
-  ISystem& system = frame.Machine().system;
+                                     bool use64, const EntryContext& context) {
   std::wstring name = text::Trim(ReadKeyString(key, L"DisplayName"));
   std::wstring uninstall = ReadKeyString(key, L"UninstallString");
   std::wstring publisher = ReadKeyString(key, L"Publisher");
@@ -100,7 +109,7 @@ std::unique_ptr<TSoftInfo> ReadEntry(const TAppFrame& frame, const std::wstring&
   info->DisplayIcon = ReadKeyString(key, L"DisplayIcon");
   info->Readme = ReadKeyString(key, L"Readme");
   info->Size = ReadKeyInteger(key, L"EstimatedSize") * 1024;
-  info->SizeText = FormatFileSize(system, info->Size);
+  info->SizeText = FormatFileSize(info->Size, context.decimalSeparator);
 
   std::wstring upperName = text::Upper(info->Name);
   info->IsWindowsUpdate =
@@ -109,7 +118,7 @@ std::unique_ptr<TSoftInfo> ReadEntry(const TAppFrame& frame, const std::wstring&
        text::Upper(info->Publisher).find(L"MICROSOFT") != std::wstring::npos);
   info->Is64BitView = use64;
   info->IsSystemComponent = systemComponent == 1;
-  info->LastAccessDate = now;
+  info->LastAccessDate = context.now;
 
   for (auto* field : {&info->HelpLink, &info->Publisher, &info->Version}) {
     if (field->empty()) *field = L"-";
@@ -117,13 +126,23 @@ std::unique_ptr<TSoftInfo> ReadEntry(const TAppFrame& frame, const std::wstring&
   if (!info->InstallLocation.empty() && !frame.Machine().files.DirectoryExists(info->InstallLocation)) {
     info->InstallLocation = CleanFolderPath(frame, info->InstallLocation);
   }
-  ParseInstallDate(system, *info);
+  ParseInstallDate(context, *info);
   return info;
 }
 
 }  // namespace
 
 void FilterSameName(TSoftList& list) {
+  // Only records of equal names ever meet in the pairwise rule, so each
+  // record is compared with its namesakes alone, in list order.
+  std::unordered_map<std::wstring, std::vector<std::size_t>> namesakes;
+  std::vector<const std::vector<std::size_t>*> groupOf(list.size());
+  for (std::size_t i = 0; i < list.size(); ++i) {
+    namesakes[text::Upper(list[i]->Name)].push_back(i);
+  }
+  for (const auto& [name, members] : namesakes) {
+    for (std::size_t i : members) groupOf[i] = &members;
+  }
   for (std::size_t i = 0; i < list.size(); ++i) {
     TSoftInfo& a = *list[i];
     if (a.Hidden) continue;
@@ -132,9 +151,10 @@ void FilterSameName(TSoftList& list) {
       a.Hidden = true;
       continue;
     }
-    for (std::size_t j = i + 1; j < list.size(); ++j) {
-      TSoftInfo& b = *list[j];
-      if (b.Hidden || !text::SameText(a.Name, b.Name)) continue;
+    const auto& group = *groupOf[i];
+    for (auto it = std::upper_bound(group.begin(), group.end(), i); it != group.end(); ++it) {
+      TSoftInfo& b = *list[*it];
+      if (b.Hidden) continue;
       if (a.IsSystemComponent) {
         a.Hidden = true;
         MergeSoftInfo(b, a);
@@ -149,12 +169,12 @@ void FilterSameName(TSoftList& list) {
 int EnumerateUninstallKeys(const TAppFrame& frame, TSoftList* list, bool use64BitView) {
   if (!list) return -1;
   IRegistry& registry = frame.Machine().registry;
-  TDateTime now = NowLocal(frame.Machine().system);
+  EntryContext context(frame.Machine().system);
   for (const std::wstring rootName : {L"HKEY_LOCAL_MACHINE", L"HKEY_CURRENT_USER"}) {
     WalkKeyTree(registry, rootName, kUninstallKeyPath, use64BitView,
                 [&](const std::wstring& path, const IRegistryKey* key) {
                   if (!key) return;
-                  if (auto info = ReadEntry(frame, rootName, path, *key, use64BitView, now)) {
+                  if (auto info = ReadEntry(frame, rootName, path, *key, use64BitView, context)) {
                     list->push_back(std::move(info));
                   }
                 });

@@ -31,9 +31,19 @@ std::wstring FindMsiInFolder(IFileSystem& files, std::wstring_view folder);
 // without a list.
 int EnumerateUninstallKeys(const TAppFrame& frame, TSoftList* list, bool use64BitView);
 
+// What every record of one walk shares, asked of the system once: under Wine
+// a clock or locale query costs more than a registry read.
+struct EntryContext {
+  explicit EntryContext(ISystem& system);
+  TDateTime now;
+  int currentYear;
+  std::wstring shortDatePicture;
+  wchar_t decimalSeparator;
+};
+
 // "20100315" -> 15 March 2010 and its short-date text; anything else clears
 // both.
-void ParseInstallDate(ISystem& system, TSoftInfo& info);
+void ParseInstallDate(const EntryContext& context, TSoftInfo& info);
 
 // Hides duplicates by name: a system component yields to its namesake, an
 // ordinary record absorbs the fields its later namesakes have and it lacks.

@@ -69,18 +69,17 @@ std::optional<std::wstring> SubKey(std::wstring_view path) {
   return ApiString(path);
 }
 
-// Names of subkeys or values, enumerated with one buffer sized once from
-// RegQueryInfoKeyW. A name that outgrows it (added meanwhile, or longer than
-// the documented limit, which some registries allow) re-sizes the buffer;
-// a name that still does not fit is skipped rather than ending the walk.
+// Names of subkeys or values, enumerated with one per-thread buffer that
+// already holds any key name. Only a name that outgrows it (a long value
+// name, or a key name longer than the documented limit, which some
+// registries allow) costs a RegQueryInfoKeyW, as that is one more round
+// trip per key in an inventory walk; a name that still does not fit is
+// skipped rather than ending the walk.
 template <typename Query, typename Enum>
 std::vector<std::wstring> EnumerateNames(Query maxLength, Enum enumerate) {
   std::vector<std::wstring> names;
   DWORD count = 0, maxLen = 0;
-  if (!maxLength(&count, &maxLen)) return names;
-  names.reserve(count);
   auto& buffer = NameScratch();
-  if (buffer.size() < maxLen + 1) buffer.resize(maxLen + 1);
   int regrowths = 0;
   for (DWORD index = 0;;) {
     DWORD length = static_cast<DWORD>(buffer.size());

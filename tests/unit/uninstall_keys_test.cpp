@@ -92,7 +92,7 @@ TEST_F(UninstallKeysTest, InstallDatesParseOnlyInTheirPackedForm) {
   for (const auto& c : cases) {
     TSoftInfo info;
     info.InstallDateText = c.raw;
-    ParseInstallDate(m.system, info);
+    ParseInstallDate(EntryContext(m.system), info);
     EXPECT_EQ(info.InstallDateText, c.text) << text::ToUtf8(c.raw);
     EXPECT_EQ(info.InstallDate == 0, std::wstring(c.text).empty()) << text::ToUtf8(c.raw);
   }
@@ -100,7 +100,7 @@ TEST_F(UninstallKeysTest, InstallDatesParseOnlyInTheirPackedForm) {
   m.system.dateSeparator = L'.';
   TSoftInfo info;
   info.InstallDateText = L"20100305";
-  ParseInstallDate(m.system, info);
+  ParseInstallDate(EntryContext(m.system), info);
   EXPECT_EQ(info.InstallDateText, L"05.03.2010");
 }
 
