@@ -180,6 +180,11 @@ std::wstring FormatDate(std::wstring_view picture, TDateTime value) {
   std::size_t i = 0;
   while (i < picture.size()) {
     wchar_t c = picture[i];
+    if (c == L'\'' && i + 1 < picture.size() && picture[i + 1] == L'\'') {
+      out += L'\'';
+      i += 2;
+      continue;
+    }
     if (c == L'\'') {
       // Literal up to the closing quote; a doubled quote stands for one.
       for (++i; i < picture.size(); ++i) {

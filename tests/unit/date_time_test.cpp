@@ -1,0 +1,271 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <string>
+
+#include "core/date_time.h"
+#include "platform/memory/memory_platform.h"
+
+namespace varnel {
+namespace {
+
+TDateTime Date(int year, int month, int day) { return TryEncodeDate(year, month, day).value(); }
+
+void ExpectFields(const LocalDateTime& t, LocalDateTime want, const std::string& what) {
+  EXPECT_EQ(t.year, want.year) << what;
+  EXPECT_EQ(t.month, want.month) << what;
+  EXPECT_EQ(t.day, want.day) << what;
+  EXPECT_EQ(t.hour, want.hour) << what;
+  EXPECT_EQ(t.minute, want.minute) << what;
+  EXPECT_EQ(t.second, want.second) << what;
+  EXPECT_EQ(t.millisecond, want.millisecond) << what;
+}
+
+TEST(DateTimeTest, DatesCountDaysFrom18991230) {
+  EXPECT_EQ(Date(1899, 12, 30), 0);
+  EXPECT_EQ(Date(1899, 12, 29), -1);
+  EXPECT_EQ(Date(1900, 1, 1), 2);
+  EXPECT_EQ(Date(1900, 3, 1), 61);  // 1900 has no 29 February
+  EXPECT_EQ(Date(2000, 1, 1), 36526);
+  EXPECT_EQ(Date(1, 1, 1), -693593);
+  EXPECT_EQ(Date(9999, 12, 31), 2958465);
+
+  EXPECT_FALSE(TryEncodeDate(1900, 2, 29));
+  EXPECT_TRUE(TryEncodeDate(2000, 2, 29));
+  EXPECT_FALSE(TryEncodeDate(2100, 2, 29));
+  EXPECT_FALSE(TryEncodeDate(2023, 4, 31));
+  EXPECT_FALSE(TryEncodeDate(0, 1, 1));
+  EXPECT_FALSE(TryEncodeDate(10000, 1, 1));
+  EXPECT_FALSE(TryEncodeDate(2020, 0, 1));
+  EXPECT_FALSE(TryEncodeDate(2020, 13, 1));
+  EXPECT_FALSE(TryEncodeDate(2020, 1, 0));
+}
+
+TEST(DateTimeTest, EveryDayDecodesToTheNextCalendarDay) {
+  LocalDateTime previous = DecodeDateTime(Date(1, 1, 1));
+  ExpectFields(previous, {1, 1, 1, 0, 0, 0, 0}, "first day");
+  for (long long d = -693592; d <= 2958465; ++d) {
+    const LocalDateTime t = DecodeDateTime(static_cast<double>(d));
+    const bool nextDay = t.year == previous.year && t.month == previous.month &&
+                         t.day == previous.day + 1;
+    const bool nextMonth = t.year == previous.year && t.month == previous.month + 1 && t.day == 1;
+    const bool nextYear = t.year == previous.year + 1 && t.month == 1 && t.day == 1 &&
+                          previous.month == 12 && previous.day == 31;
+    if (!(nextDay || nextMonth || nextYear) || EncodeDateTime(t) != static_cast<double>(d)) {
+      ADD_FAILURE() << "day " << d << " decodes to " << t.year << "-" << t.month << "-" << t.day;
+      return;
+    }
+    if (nextMonth && TryEncodeDate(previous.year, previous.month, previous.day + 1)) {
+      ADD_FAILURE() << "day " << d << " skips a day of " << previous.year << "-" << previous.month;
+      return;
+    }
+    previous = t;
+  }
+  ExpectFields(previous, {9999, 12, 31, 0, 0, 0, 0}, "last day");
+}
+
+TEST(DateTimeTest, DateAndTimeRoundTrip) {
+  const LocalDateTime samples[] = {
+      {1, 1, 1, 12, 0, 0, 0},         {1600, 2, 29, 23, 59, 59, 999},
+      {1899, 12, 29, 6, 0, 0, 0},     {1899, 12, 30, 0, 0, 0, 1},
+      {1899, 12, 31, 18, 30, 15, 250}, {1900, 2, 28, 1, 2, 3, 4},
+      {2000, 2, 29, 13, 14, 15, 16},  {2024, 12, 31, 23, 59, 59, 999},
+      {9999, 12, 31, 23, 59, 59, 999},
+  };
+  for (const auto& s : samples) {
+    const TDateTime value = EncodeDateTime(s);
+    ExpectFields(DecodeDateTime(value), s, std::to_string(s.year) + "-" + std::to_string(s.month));
+  }
+}
+
+TEST(DateTimeTest, NegativeValuesCarryTheTimeAwayFromZero) {
+  EXPECT_EQ(EncodeDateTime({1899, 12, 29, 6, 0, 0, 0}), -1.25);
+  ExpectFields(DecodeDateTime(-1.25), {1899, 12, 29, 6, 0, 0, 0}, "-1.25");
+  ExpectFields(DecodeDateTime(-0.5), {1899, 12, 30, 12, 0, 0, 0}, "-0.5");
+  ExpectFields(DecodeDateTime(-693593.5), {1, 1, 1, 12, 0, 0, 0}, "first day, noon");
+  ExpectFields(DecodeDateTime(2958465.75), {9999, 12, 31, 18, 0, 0, 0}, "last day");
+}
+
+TEST(DateTimeTest, TimesRoundingToMidnightStartTheNextDay) {
+  ExpectFields(DecodeDateTime(1.0 - 1e-10), {1899, 12, 31, 0, 0, 0, 0}, "just before 1");
+  ExpectFields(DecodeDateTime(-1.0 - (1.0 - 1e-10)), {1899, 12, 30, 0, 0, 0, 0}, "-2 + tiny");
+  ExpectFields(DecodeDateTime(0.5 + 0.4e-3 / 86400), {1899, 12, 30, 12, 0, 0, 0}, "rounds down");
+  ExpectFields(DecodeDateTime(0.5 + 0.6e-3 / 86400), {1899, 12, 30, 12, 0, 0, 1}, "rounds up");
+}
+
+TEST(DateTimeTest, ImpossibleValuesAndFieldsGiveNothing) {
+  const double nan = std::numeric_limits<double>::quiet_NaN();
+  const double inf = std::numeric_limits<double>::infinity();
+  for (double bad : {-693594.0, 2958466.0, 2958465.9999999999, 1e300, -1e300, nan, inf, -inf})
+    ExpectFields(DecodeDateTime(bad), {}, std::to_string(bad));
+
+  EXPECT_EQ(EncodeDateTime({2010, 2, 30, 0, 0, 0, 0}), 0);
+  EXPECT_EQ(EncodeDateTime({2010, 3, 15, 24, 0, 0, 0}), 0);
+  EXPECT_EQ(EncodeDateTime({2010, 3, 15, 0, 60, 0, 0}), 0);
+  EXPECT_EQ(EncodeDateTime({2010, 3, 15, 0, 0, -1, 0}), 0);
+  EXPECT_EQ(EncodeDateTime({2010, 3, 15, 0, 0, 0, 1000}), 0);
+  EXPECT_EQ(EncodeDateTime({}), 0);
+}
+
+TEST(DateTimeTest, FileTimesBecomeLocalDates) {
+  mem::MemoryPlatform m;
+  const FileTime t = m.system.FromLocalTime({2010, 3, 15, 23, 0, 0, 500}).value();
+  EXPECT_EQ(FileTimeToLocalDateTime(m.system, t), EncodeDateTime({2010, 3, 15, 23, 0, 0, 500}));
+  m.system.utcOffsetMinutes = 90;
+  EXPECT_EQ(FileTimeToLocalDateTime(m.system, t), EncodeDateTime({2010, 3, 16, 0, 30, 0, 500}));
+  m.system.utcOffsetMinutes = -60;
+  EXPECT_EQ(FileTimeToLocalDateTime(m.system, 0), 0);  // before 1601 locally
+  EXPECT_EQ(FileTimeToLocalDateTime(m.system, ~FileTime{0}), 0);
+}
+
+TEST(DateTimeTest, ParsesTwoOrThreeNumbersInTheGivenOrder) {
+  const int now = 2024;
+  EXPECT_EQ(ParseDate(L"2010-03-15", DateOrder::YMD, L'-', now), Date(2010, 3, 15));
+  EXPECT_FALSE(ParseDate(L"2010-03-1-5", DateOrder::YMD, L'-', now));
+  EXPECT_EQ(ParseDate(L" 3/15/2010\t", DateOrder::MDY, L'/', now), Date(2010, 3, 15));
+  EXPECT_EQ(ParseDate(L"15.03.2010", DateOrder::DMY, L'.', now), Date(2010, 3, 15));
+  EXPECT_EQ(ParseDate(L"2/29/2024", DateOrder::MDY, L'/', now), Date(2024, 2, 29));
+
+  // Two numbers: day and month (or month and day), this year.
+  EXPECT_EQ(ParseDate(L"3/15", DateOrder::MDY, L'/', now), Date(2024, 3, 15));
+  EXPECT_EQ(ParseDate(L"15.3", DateOrder::DMY, L'.', now), Date(2024, 3, 15));
+  EXPECT_EQ(ParseDate(L"3-15", DateOrder::YMD, L'-', now), Date(2024, 3, 15));
+  EXPECT_EQ(ParseDate(L"2/29", DateOrder::MDY, L'/', 2024), Date(2024, 2, 29));
+  EXPECT_FALSE(ParseDate(L"2/29", DateOrder::MDY, L'/', 2023));
+
+  for (const wchar_t* bad :
+       {L"", L" ", L"/", L"3", L"3/", L"/3/15", L"3//15", L"3/15/", L"3/15/2010/1", L"3-15-2010",
+        L"a/b/c", L"3/15/2010x", L"3 /15/2010", L"2/30/2010", L"13/1/2010", L"0/1/2010",
+        L"1/1/0000", L"1/1/10000", L"123456/1/1", L"-3/15/2010", L"\x0663/15/2010"}) {
+    EXPECT_FALSE(ParseDate(bad, DateOrder::MDY, L'/', now)) << bad;
+  }
+  EXPECT_FALSE(ParseDate(L"1/1/2010", DateOrder::MDY, L'/', 0));
+  EXPECT_FALSE(ParseDate(L"1/1/2010", DateOrder::MDY, L'/', std::numeric_limits<int>::min()));
+}
+
+TEST(DateTimeTest, ShortYearsFallInTheCenturyAroundNow) {
+  auto year = [](const wchar_t* text, int now) {
+    const auto date = ParseDate(text, DateOrder::DMY, L'.', now);
+    return date ? DecodeDateTime(*date).year : 0;
+  };
+  EXPECT_EQ(year(L"1.2.74", 2024), 1974);
+  EXPECT_EQ(year(L"1.2.73", 2024), 2073);
+  EXPECT_EQ(year(L"1.2.05", 2024), 2005);
+  EXPECT_EQ(year(L"1.2.5", 2024), 2005);
+  EXPECT_EQ(year(L"1.2.00", 2024), 2000);
+  EXPECT_EQ(year(L"1.2.99", 2024), 1999);
+  EXPECT_EQ(year(L"1.2.48", 2099), 2148);
+  EXPECT_EQ(year(L"1.2.49", 2099), 2049);
+  EXPECT_EQ(year(L"1.2.60", 2010), 1960);
+  EXPECT_EQ(year(L"1.2.59", 2010), 2059);
+  // Three or four digits are taken as written.
+  EXPECT_EQ(year(L"1.2.074", 2024), 74);
+  EXPECT_EQ(year(L"1.2.0074", 2024), 74);
+  EXPECT_EQ(year(L"1.2.999", 2024), 999);
+  EXPECT_EQ(DecodeDateTime(ParseDate(L"05-3-15", DateOrder::YMD, L'-', 2024).value()).year, 2005);
+}
+
+TEST(DateTimeTest, ShortDatesFollowTheUsersPicture) {
+  mem::MemoryPlatform m;  // "now" lies in 2022
+  m.system.shortDateFormat = L"dd.MM.yyyy";
+  m.system.dateSeparator = L'.';
+  EXPECT_EQ(ParseShortDate(m.system, L"15.03.2010"), Date(2010, 3, 15));
+  EXPECT_EQ(ParseShortDate(m.system, L"15.03.72"), Date(1972, 3, 15));
+  EXPECT_EQ(ParseShortDate(m.system, L"15.03.71"), Date(2071, 3, 15));
+  EXPECT_EQ(FormatShortDate(m.system, Date(2010, 3, 5)), L"05.03.2010");
+
+  m.system.shortDateFormat = L"yyyy-MM-dd";
+  m.system.dateSeparator = L'-';
+  EXPECT_EQ(ParseShortDate(m.system, L"2010-03-15"), Date(2010, 3, 15));
+  EXPECT_EQ(ParseShortDate(m.system, L"3-15"), Date(2022, 3, 15));
+  EXPECT_FALSE(ParseShortDate(m.system, L"15.03.2010"));
+
+  // Quoted text in the picture says nothing about the order.
+  m.system.shortDateFormat = L"'Year' M/d/yyyy";
+  m.system.dateSeparator = L'/';
+  EXPECT_EQ(ParseShortDate(m.system, L"3/15/2010"), Date(2010, 3, 15));
+
+  m.system.shortDateFormat.clear();
+  EXPECT_EQ(FormatShortDate(m.system, Date(2010, 3, 5)), L"3/5/2010");
+}
+
+TEST(DateTimeTest, FormatsPictures) {
+  const TDateTime d = EncodeDateTime({2010, 3, 5, 14, 7, 9, 0});  // a Friday
+  EXPECT_EQ(FormatDate(L"dd.MM.yyyy", d), L"05.03.2010");
+  EXPECT_EQ(FormatDate(L"M/d/yyyy", d), L"3/5/2010");
+  EXPECT_EQ(FormatDate(L"yyyy-MM-dd", d), L"2010-03-05");
+  EXPECT_EQ(FormatDate(L"d/M/yy", d), L"5/3/10");
+  EXPECT_EQ(FormatDate(L"y", Date(2005, 1, 1)), L"5");
+  EXPECT_EQ(FormatDate(L"yyyy", Date(999, 1, 1)), L"0999");
+  EXPECT_EQ(FormatDate(L"ddd, d MMM yyyy", d), L"Fri, 5 Mar 2010");
+  EXPECT_EQ(FormatDate(L"dddd d MMMM gg", d), L"Friday 5 March ");
+  EXPECT_EQ(FormatDate(L"dddd", Date(1, 1, 1)), L"Monday");
+  EXPECT_EQ(FormatDate(L"dddd", Date(1899, 12, 30)), L"Saturday");
+  EXPECT_EQ(FormatDate(L"dddd", -1.25), L"Friday");  // 1899-12-29, 06:00
+  EXPECT_EQ(FormatDate(L"dddd", Date(9999, 12, 31)), L"Friday");
+}
+
+TEST(DateTimeTest, QuotedTextIsLiteral) {
+  const TDateTime d = Date(2010, 3, 5);
+  EXPECT_EQ(FormatDate(L"'Day' d 'of' MMMM", d), L"Day 5 of March");
+  EXPECT_EQ(FormatDate(L"'o''clock' d", d), L"o'clock 5");
+  EXPECT_EQ(FormatDate(L"d''M", d), L"5'3");
+  EXPECT_EQ(FormatDate(L"''", d), L"'");
+  EXPECT_EQ(FormatDate(L"d 'open dMy", d), L"5 open dMy");
+  EXPECT_EQ(FormatDate(L"'", d), L"");
+  EXPECT_EQ(FormatDate(L"", d), L"");
+}
+
+TEST(DateTimeTest, FormattingAndParsingAgree) {
+  struct Picture {
+    const wchar_t* picture;
+    DateOrder order;
+    wchar_t separator;
+  };
+  const Picture pictures[] = {{L"dd.MM.yyyy", DateOrder::DMY, L'.'},
+                              {L"M/d/yyyy", DateOrder::MDY, L'/'},
+                              {L"yyyy-MM-dd", DateOrder::YMD, L'-'}};
+  for (const auto& p : pictures) {
+    for (TDateTime d = Date(1, 1, 1); d <= Date(9999, 12, 31); d += 997) {
+      const std::wstring text = FormatDate(p.picture, d);
+      EXPECT_EQ(ParseDate(text, p.order, p.separator, 2024), d) << text;
+    }
+  }
+}
+
+TEST(DateTimeTest, UndecodableValuesFormatAsNothing) {
+  EXPECT_EQ(FormatDate(L"dd.MM.yyyy", 1e9), L"");
+  EXPECT_EQ(FormatDate(L"'x' dddd", std::numeric_limits<double>::quiet_NaN()), L"");
+}
+
+TEST(DateTimeTest, TextRoundTripsEveryValue) {
+  for (double v : {0.0, 36526.5, -1.25, 40252.604166666664, 2958465.9999999884, -693593.5,
+                   0.1, 1e-300, 123456789.125}) {
+    const std::wstring text = DateTimeToText(v);
+    EXPECT_EQ(TextToDateTime(text), v) << text;
+  }
+  EXPECT_EQ(DateTimeToText(36526.5), L"36526.5");
+  EXPECT_EQ(DateTimeToText(0), L"0");
+  EXPECT_EQ(DateTimeToText(-1.25), L"-1.25");
+  EXPECT_EQ(DateTimeToText(std::numeric_limits<double>::quiet_NaN()), L"0");
+  EXPECT_EQ(DateTimeToText(std::numeric_limits<double>::infinity()), L"0");
+}
+
+TEST(DateTimeTest, ReadsOnlyPlainNumbers) {
+  EXPECT_EQ(TextToDateTime(L" 36526.5 "), 36526.5);
+  EXPECT_EQ(TextToDateTime(L"36526,5"), 36526.5);
+  EXPECT_EQ(TextToDateTime(L"+1.5"), 1.5);
+  EXPECT_EQ(TextToDateTime(L"-1.5"), -1.5);
+  EXPECT_EQ(TextToDateTime(L"1e3"), 1000);
+  EXPECT_EQ(TextToDateTime(L"2.5E-1"), 0.25);
+  EXPECT_EQ(TextToDateTime(L".5"), 0.5);
+  for (const wchar_t* bad : {L"", L" ", L"+", L"-", L"+-1", L"++1", L"--1", L"1.5.3", L"1,5,3",
+                             L"1e", L"e5", L"1e400", L"abc", L"nan", L"inf", L"0x10", L"1 2",
+                             L"12:30", L"\x0661"}) {
+    EXPECT_FALSE(TextToDateTime(bad)) << bad;
+  }
+}
+
+}  // namespace
+}  // namespace varnel
