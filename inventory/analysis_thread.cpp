@@ -1,0 +1,247 @@
+#include "inventory/analysis_thread.h"
+
+#include <condition_variable>
+#include <mutex>
+#include <system_error>
+#include <thread>
+#include <utility>
+
+#include "core/app_frame.h"
+#include "core/date_time.h"
+#include "core/file_size.h"
+#include "core/uninstall_command.h"
+#include "inventory/folder_size.h"
+#include "inventory/last_access.h"
+#include "inventory/program_icon.h"
+#include "inventory/record_commands.h"
+#include "inventory/software_cache.h"
+#include "ui/ext_ini_file.h"
+
+namespace varnel {
+
+namespace {
+
+constexpr auto kIdlePoll = std::chrono::milliseconds(100);
+constexpr auto kDrainSlice = std::chrono::milliseconds(5);
+
+// What the worker found for one record, handed to the GUI thread.
+struct Findings {
+  std::wstring folder;
+  std::int64_t size = 0;
+  ProgramIcon icon;
+  IconHandle small, large;
+  TDateTime installDate = 0;
+  std::wstring installDateText;
+  TDateTime lastAccess = 0;
+};
+
+bool IsComplete(const TSoftInfo& info) {
+  return !info.InstallLocation.empty() && info.Size > 0 && info.ImageIndex > 0 &&
+         info.InstallDate != 0;
+}
+
+}  // namespace
+
+struct TAnalysisThread::Worker {
+  Worker(TAnalysisThread& owner, const Platform& platform, TGuiDispatcher& dispatcher,
+         std::wstring cacheFile)
+      : owner(owner), platform(platform), dispatcher(dispatcher), cacheFile(std::move(cacheFile)) {}
+
+  TAnalysisThread& owner;
+  const Platform platform;
+  TGuiDispatcher& dispatcher;
+  const std::wstring cacheFile;
+  // Set before Start; the records and the view are touched on the GUI thread only.
+  IInventoryView* view = nullptr;
+  TSoftList* list = nullptr;
+
+  std::thread thread;
+  std::atomic<bool> terminated{false};
+  std::atomic<bool> exited{false};
+  // Only to cut the idle sleep short; the flags themselves need no lock.
+  std::mutex sleepMutex;
+  std::condition_variable wake;
+
+  bool Stopping() const { return owner.stop_ || terminated; }
+
+  void Wake() {
+    { std::lock_guard lock(sleepMutex); }
+    wake.notify_all();
+  }
+
+  void Main() {
+    while (!terminated) {
+      {
+        std::unique_lock lock(sleepMutex);
+        wake.wait_for(lock, kIdlePoll, [&] { return terminated || !owner.finished_; });
+      }
+      if (terminated) break;
+      if (owner.finished_) continue;
+      owner.stop_ = false;
+      try {
+        TExtIniFile cache;
+        cache.LoadFromFile(platform, cacheFile);
+        RunPass(cache);
+        // A cache that cannot be saved is only lost work.
+        cache.SaveToFile(platform, cacheFile);
+      } catch (...) {
+      }
+      owner.finished_ = true;
+    }
+    exited = true;
+  }
+
+  void RunPass(TExtIniFile& cache) {
+    TAppFrame frame(platform);
+    const bool tracking = LastAccessTracking(platform);
+    for (std::size_t i = 0; !Stopping(); ++i) {
+      // A copy taken on the GUI thread: the worker never reads a record the
+      // GUI thread may be changing.
+      bool inList = false;
+      const TSoftInfo* record = nullptr;
+      TSoftInfo snapshot;
+      const bool served = dispatcher.Invoke([&] {
+        if (!list || i >= list->size()) return;
+        inList = true;
+        record = (*list)[i].get();
+        if (record) snapshot = *record;
+      });
+      if (!served || !inList) break;
+      if (!record || snapshot.Hidden || IsComplete(snapshot)) continue;
+      try {
+        Findings found = Analyse(frame, snapshot, tracking);
+        if (Stopping()) break;
+        dispatcher.Invoke([&] { Update(i, record, found, cache); });
+      } catch (...) {
+        // One record's failure leaves the others to do.
+      }
+    }
+  }
+
+  Findings Analyse(const TAppFrame& frame, const TSoftInfo& info, bool tracking) {
+    Findings found;
+    if (info.InstallLocation.empty())
+      found.folder = GetInstallFolderFromUninstallString(frame, info);
+    if (info.Size <= 0) {
+      const std::wstring folder = SizeFolderOf(platform.files, info, found.folder);
+      found.size = SafeFolderSize(platform, folder, [this] { return Stopping(); });
+    }
+    if (info.ImageIndex <= 0) {
+      found.icon = FindProgramIcon(frame, info);
+      if (view && !found.icon.file.empty() &&
+          !platform.shell.ExtractIcons(found.icon.file, found.icon.index, found.small,
+                                       found.large)) {
+        found.small.reset();
+        found.large.reset();
+      }
+    }
+    found.installDate = GetUninstallerFileDate(frame, info);
+    if (found.installDate != 0)
+      found.installDateText = FormatShortDate(platform.system, found.installDate);
+    found.lastAccess = FileLastAccessDate(
+        platform, GetFileFromCommandLine(frame, info.DisplayIcon), tracking);
+    return found;
+  }
+
+  // GUI thread, while the worker waits.
+  void Update(std::size_t i, const TSoftInfo* record, const Findings& found,
+              TExtIniFile& cache) {
+    if (Stopping()) return;
+    // The list may have been rebuilt since the copy was taken.
+    if (!list || i >= list->size() || (*list)[i].get() != record) return;
+    TSoftInfo& info = *(*list)[i];
+    const std::wstring& section = info.Name;
+
+    if (view && found.small && found.large) {
+      const int index = view->AddIcons(found.small, found.large);
+      if (info.ImageIndex == 0) info.ImageIndex = index;
+    }
+    bool filled = false;
+    if (info.Size == 0) {
+      info.Size = found.size;
+      info.SizeText = FormatFileSize(platform.system, info.Size);
+      cache.WriteInt64(section, cache_key::Size, info.Size);
+      cache.WriteString(section, cache_key::SizeText, info.SizeText);
+      filled = true;
+    }
+    if (info.InstallLocation.empty()) {
+      info.InstallLocation = found.folder;
+      cache.WriteString(section, cache_key::Location, info.InstallLocation);
+      filled = true;
+    }
+    if (info.DisplayIcon.empty()) {
+      info.DisplayIcon = found.icon.file;
+      info.IconIndex = found.icon.index;
+      cache.WriteString(section, cache_key::DisplayIcon, info.DisplayIcon);
+      cache.WriteInteger(section, cache_key::IconIndex, info.IconIndex);
+      filled = true;
+    }
+    if (info.InstallDateText.empty()) {
+      info.InstallDate = found.installDate;
+      info.InstallDateText = found.installDateText;
+      cache.WriteString(section, cache_key::InstallDateText, info.InstallDateText);
+      cache.WriteFloat(section, cache_key::InstallDate, info.InstallDate);
+      filled = true;
+    }
+    if (found.lastAccess != info.LastAccessDate) {
+      info.LastAccessDate = found.lastAccess;
+      cache.WriteFloat(section, cache_key::LastAccessDate, info.LastAccessDate);
+    }
+    // A new last access date alone leaves the fingerprint as it was.
+    if (filled) {
+      cache.WriteString(section, cache_key::Fingerprint,
+                        CacheFingerprint(platform.system, info.InstallDateText,
+                                         info.UninstallString));
+    }
+    if (view) view->UpdateRow(static_cast<int>(i), info);
+  }
+};
+
+TAnalysisThread::TAnalysisThread(const Platform& platform, TGuiDispatcher& dispatcher,
+                                 std::wstring cacheFile)
+    : worker_(std::make_unique<Worker>(*this, platform, dispatcher, std::move(cacheFile))) {}
+
+TAnalysisThread::~TAnalysisThread() {
+  Worker& w = *worker_;
+  w.terminated = true;
+  stop_ = true;
+  w.Wake();
+  if (!w.thread.joinable()) return;
+  // The worker may be waiting for a hand-over; serving it is what lets it end.
+  while (!w.exited) w.dispatcher.WaitAndDrain(kDrainSlice);
+  w.thread.join();
+}
+
+void TAnalysisThread::SetJobs(IInventoryView* view, TSoftList* list) {
+  worker_->view = view;
+  worker_->list = list;
+  finished_ = true;
+  stop_ = false;
+}
+
+void TAnalysisThread::Start() {
+  Worker& w = *worker_;
+  if (w.thread.joinable()) return;
+  try {
+    w.thread = std::thread([&w] { w.Main(); });
+  } catch (const std::system_error&) {
+    // No thread: Running() stays false and the records keep what they have.
+  }
+}
+
+void TAnalysisThread::RunPass() {
+  finished_ = false;
+  worker_->Wake();
+}
+
+void TAnalysisThread::RequestStop() { stop_ = true; }
+
+bool TAnalysisThread::Running() const {
+  return worker_->thread.joinable() && !worker_->exited;
+}
+
+void TAnalysisThread::WaitForPass() {
+  while (!finished_ && Running()) worker_->dispatcher.WaitAndDrain(kDrainSlice);
+}
+
+}  // namespace varnel

@@ -1,0 +1,155 @@
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "core/date_time.h"
+#include "inventory/software_cache.h"
+#include "platform/memory/memory_platform.h"
+#include "ui/ext_ini_file.h"
+
+namespace varnel {
+namespace {
+
+constexpr const wchar_t* kCacheFile = L"C:\\Data\\SoftwareCache.ini";
+constexpr const wchar_t* kUninstall = L"\"C:\\Program Files\\Acme\\unins000.exe\" /SILENT";
+
+TEST(CacheFingerprintTest, IsTheMd5OfTheAnsiTextInLowerCaseHex) {
+  mem::MemoryPlatform m;
+  EXPECT_EQ(CacheFingerprint(m.system, L"", L""), L"d41d8cd98f00b204e9800998ecf8427e");
+  EXPECT_EQ(CacheFingerprint(m.system, L"3/15/2010", kUninstall),
+            L"ed25595fc58bd79c10515a0cb49aba5e");
+  // One byte per character in code page 1252, not UTF-8 or UTF-16.
+  EXPECT_EQ(CacheFingerprint(m.system, L"", L"Caf\u00e9"), L"355c5442233eb033103eb7e1255a17db");
+  // Only the concatenation counts.
+  EXPECT_EQ(CacheFingerprint(m.system, L"ab", L"c"), CacheFingerprint(m.system, L"a", L"bc"));
+}
+
+class ApplySoftwareCacheTest : public testing::Test {
+ protected:
+  void SetUp() override { m.files.AddFolder(L"C:\\Data"); }
+
+  TSoftInfo& Add(std::wstring name, std::wstring uninstall = kUninstall) {
+    auto info = std::make_unique<TSoftInfo>();
+    info->Name = std::move(name);
+    info->UninstallString = std::move(uninstall);
+    info->LastAccessDate = 1.5;
+    list.push_back(std::move(info));
+    return *list.back();
+  }
+
+  // A complete, matching section as the analysis thread writes it.
+  void Cache(const std::wstring& name, const std::wstring& date = L"3/15/2010",
+             const std::wstring& uninstall = kUninstall) {
+    ini.WriteInt64(name, L"size", 3145728);
+    ini.WriteString(name, L"UseSize", L"3.00 MB");
+    ini.WriteString(name, L"Location", L"C:\\Program Files\\Acme\\");
+    ini.WriteString(name, L"DisplayIcon", L"C:\\Program Files\\Acme\\acme.exe");
+    ini.WriteInteger(name, L"IconIndex", -101);
+    ini.WriteString(name, L"InstallDate", date);
+    ini.WriteFloat(name, L"InstallDateT", 40252);
+    ini.WriteFloat(name, L"LastAccessDate", 44000.25);
+    ini.WriteString(name, L"MD5", CacheFingerprint(m.system, date, uninstall));
+  }
+
+  void Apply() {
+    ASSERT_TRUE(ini.SaveToFile(m.Get(), kCacheFile));
+    ApplySoftwareCache(m.Get(), list, kCacheFile);
+  }
+
+  mem::MemoryPlatform m;
+  TExtIniFile ini;
+  TSoftList list;
+};
+
+TEST_F(ApplySoftwareCacheTest, MatchingEntryFillsTheEmptyFields) {
+  Cache(L"ACME");
+  // Section names and the stored print are compared ignoring case.
+  ini.WriteString(L"ACME", L"MD5", L"ED25595FC58BD79C10515A0CB49ABA5E");
+  TSoftInfo& info = Add(L"Acme");
+  Apply();
+  EXPECT_EQ(info.InstallDateText, L"3/15/2010");
+  EXPECT_EQ(info.InstallDate, *TryEncodeDate(2010, 3, 15));
+  EXPECT_EQ(info.Size, 3145728);
+  EXPECT_EQ(info.SizeText, L"3.00 MB");
+  EXPECT_EQ(info.DisplayIcon, L"C:\\Program Files\\Acme\\acme.exe");
+  EXPECT_EQ(info.IconIndex, -101);
+  EXPECT_EQ(info.InstallLocation, L"C:\\Program Files\\Acme\\");
+  EXPECT_EQ(info.LastAccessDate, 44000.25);
+}
+
+TEST_F(ApplySoftwareCacheTest, RegistryValuesWinOverTheCache) {
+  Cache(L"Acme");
+  TSoftInfo& info = Add(L"Acme");
+  info.InstallDateText = L"1/2/2003";
+  info.InstallDate = 37623;
+  info.Size = 2048;
+  info.DisplayIcon = L"C:\\Own\\own.ico";
+  info.InstallLocation = L"C:\\Own\\";
+  Apply();
+  EXPECT_EQ(info.InstallDateText, L"1/2/2003");
+  EXPECT_EQ(info.InstallDate, 37623);
+  EXPECT_EQ(info.Size, 2048);
+  EXPECT_EQ(info.SizeText, L"2.00 KB");  // formatted afresh all the same
+  EXPECT_EQ(info.DisplayIcon, L"C:\\Own\\own.ico");
+  EXPECT_EQ(info.IconIndex, 0);
+  EXPECT_EQ(info.InstallLocation, L"C:\\Own\\");
+  EXPECT_EQ(info.LastAccessDate, 44000.25);  // always taken
+}
+
+TEST_F(ApplySoftwareCacheTest, AnotherInstallationIsLeftAlone) {
+  Cache(L"Moved", L"3/15/2010", L"C:\\Old\\uninst.exe");
+  Cache(L"Redated", L"1/1/2001");
+  ini.WriteString(L"Redated", L"InstallDate", L"3/15/2010");
+  Cache(L"Unsigned");
+  ini.DeleteKey(L"Unsigned", L"MD5");
+  TSoftInfo& moved = Add(L"Moved");
+  TSoftInfo& redated = Add(L"Redated");
+  TSoftInfo& unsigned_ = Add(L"Unsigned");
+  TSoftInfo& unknown = Add(L"Never Cached");
+  Cache(L"Hidden");
+  TSoftInfo& hidden = Add(L"Hidden");
+  hidden.Hidden = true;
+  Apply();
+  for (const TSoftInfo* info : {&moved, &redated, &unsigned_, &unknown, &hidden}) {
+    EXPECT_EQ(info->Size, 0) << info->Name;
+    EXPECT_TRUE(info->SizeText.empty()) << info->Name;
+    EXPECT_TRUE(info->InstallLocation.empty()) << info->Name;
+    EXPECT_EQ(info->LastAccessDate, 1.5) << info->Name;
+  }
+}
+
+TEST_F(ApplySoftwareCacheTest, BadDatesAndNumbersFallBackToEmptyOrDefault) {
+  Cache(L"Acme", L"2010-03-15");
+  TSoftInfo& acme = Add(L"Acme");
+  ini.WriteString(L"Bare", L"MD5", CacheFingerprint(m.system, L"", kUninstall));
+  ini.WriteString(L"Bare", L"size", L"lots");
+  TSoftInfo& bare = Add(L"Bare");
+  Apply();
+  EXPECT_TRUE(acme.InstallDateText.empty());
+  EXPECT_EQ(acme.InstallDate, 0);
+  EXPECT_EQ(acme.Size, 3145728);
+  EXPECT_EQ(bare.Size, 0);
+  EXPECT_EQ(bare.SizeText, L"0 Byte");
+  EXPECT_EQ(bare.LastAccessDate, NowLocal(m.system));
+}
+
+TEST_F(ApplySoftwareCacheTest, MissingOrGarbledFileChangesNothing) {
+  TSoftInfo& info = Add(L"Acme");
+  ApplySoftwareCache(m.Get(), list, kCacheFile);
+  EXPECT_EQ(info.LastAccessDate, 1.5);
+
+  m.files.AddFile(kCacheFile, std::string("\xff\xfe[\x00\xd8\x00\x00Acme]\r\n\x01\x02", 14));
+  ApplySoftwareCache(m.Get(), list, kCacheFile);
+  EXPECT_EQ(info.LastAccessDate, 1.5);
+  EXPECT_TRUE(info.SizeText.empty());
+
+  // A file that exists but cannot be read.
+  Cache(L"Acme");
+  ASSERT_TRUE(ini.SaveToFile(m.Get(), kCacheFile));
+  m.faults.Set(mem::Fault::FileRead);
+  ApplySoftwareCache(m.Get(), list, kCacheFile);
+  EXPECT_EQ(info.Size, 0);
+}
+
+}  // namespace
+}  // namespace varnel
