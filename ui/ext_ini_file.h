@@ -12,13 +12,16 @@ namespace varnel {
 
 // An ini file held in memory: sections in brackets, key=value lines. Section
 // and key look-ups ignore case; a repeated section header opens a second
-// section that look-ups never reach, as the first one wins.
+// section that look-ups reach only once the first one is erased.
 class TExtIniFile {
  public:
   TExtIniFile();
   ~TExtIniFile();
   TExtIniFile(const TExtIniFile&) = delete;
   TExtIniFile& operator=(const TExtIniFile&) = delete;
+  // The moved-from file is left empty and usable.
+  TExtIniFile(TExtIniFile&& other);
+  TExtIniFile& operator=(TExtIniFile&& other);
 
   // Replaces the content. A byte-order mark selects UTF-8 or UTF-16; without
   // one the bytes are in the system's ANSI code page. False, content empty,
