@@ -1,11 +1,11 @@
 // Inventory speed against a raw registry walk of the same keys, and the
 // analysis pass with a cold and a warm software cache.
 //
-//   varnel_inventory_bench [--entries N] [--rounds R]
+//   varnel_inventory_bench [--entries N] [--rounds R] [--keep] [--reuse]
 //
 // Writes N synthetic Uninstall entries (HKLM 64-bit view, HKLM 32-bit view,
-// HKCU) and N program folders, measures, and removes them again. Run it in a
-// throwaway prefix.
+// HKCU) and N program folders, measures, and removes them again; --keep
+// leaves them for a later run with --reuse. Run it in a throwaway prefix.
 #include <windows.h>
 
 #include <algorithm>
@@ -59,13 +59,23 @@ bool Populate(varnel::Platform platform, int entries) {
   platform.files.MakeDirectory(kFolders);
   for (int i = 0; i < entries; ++i) {
     const Place& place = kPlaces[i % 3];
-    std::wstring folder = std::wstring(kFolders) + L"\\App" + Num(i);
+    // Vendor folders of fifty programs each: Wine looks names up by listing
+    // their folder, so one folder of a thousand would measure Wine, not us.
+    std::wstring vendor = std::wstring(kFolders) + L"\\Vendor" + std::to_wstring(i / 50);
+    if (i % 50 == 0) platform.files.MakeDirectory(vendor);
+    std::wstring folder = vendor + L"\\App" + Num(i);
     platform.files.MakeDirectory(folder);
-    platform.files.MakeDirectory(folder + L"\\data");
     std::vector<std::uint8_t> bytes(1024 + 37 * i, 0x5A);
     platform.files.WriteWholeFile(folder + L"\\app.exe", bytes);
     platform.files.WriteWholeFile(folder + L"\\uninst.exe", bytes);
-    platform.files.WriteWholeFile(folder + L"\\data\\settings.dat", bytes);
+    // A small program's tree: a few folders of a few files each.
+    for (const wchar_t* sub : {L"\\data", L"\\lib", L"\\lib\\plugins", L"\\locale"}) {
+      platform.files.MakeDirectory(folder + sub);
+      for (int f = 0; f < 4; ++f) {
+        platform.files.WriteWholeFile(folder + sub + L"\\file" + std::to_wstring(f) + L".dat",
+                                      bytes);
+      }
+    }
 
     auto key = platform.registry.CreateKey(place.root, std::wstring(kUninstall) +
                                                            L"\\VarnelBench" + Num(i), place.use64);
@@ -157,15 +167,19 @@ double Fastest(int rounds, Body body) {
 int wmain(int argc, wchar_t** argv) {
   int entries = 1000;
   int rounds = 5;
-  for (int i = 1; i + 1 < argc; i += 2) {
+  bool setup = true;
+  bool teardown = true;
+  for (int i = 1; i < argc; ++i) {
     std::wstring option = argv[i];
-    if (option == L"--entries") entries = std::max(3, _wtoi(argv[i + 1]));
-    else if (option == L"--rounds") rounds = std::max(1, _wtoi(argv[i + 1]));
+    if (option == L"--keep") teardown = false;
+    else if (option == L"--reuse") setup = false;
+    else if (option == L"--entries" && i + 1 < argc) entries = std::max(3, _wtoi(argv[++i]));
+    else if (option == L"--rounds" && i + 1 < argc) rounds = std::max(1, _wtoi(argv[++i]));
   }
   varnel::win32::Win32Platform machine;
   varnel::Platform platform = machine.Get();
   auto setupStart = Clock::now();
-  if (!Populate(platform, entries)) {
+  if (setup && !Populate(platform, entries)) {
     std::fprintf(stderr, "could not write the Uninstall entries\n");
     return 1;
   }
@@ -202,7 +216,7 @@ int wmain(int argc, wchar_t** argv) {
               warm / cold);
 
   platform.files.RemoveFile(cache);
-  Depopulate(platform, entries);
+  if (teardown) Depopulate(platform, entries);
   bool ok = listed >= static_cast<std::size_t>(entries) && rawRecords >= entries;
   if (!ok) std::fprintf(stderr, "the inventory missed entries\n");
   return ok ? 0 : 1;

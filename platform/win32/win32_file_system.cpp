@@ -15,15 +15,22 @@ namespace {
 // ReadFile/WriteFile take a DWORD count; stay well inside it.
 constexpr std::size_t kIoChunk = 1u << 30;
 
-FindEntry ToEntry(const WIN32_FIND_DATAW& data) {
+// The find record and the attribute record share these fields.
+template <typename Data>
+FindEntry EntryOf(const Data& data) {
   FindEntry entry;
-  entry.name = data.cFileName;
-  entry.shortName = data.cAlternateFileName;
   entry.attributes = data.dwFileAttributes;
   entry.size = (static_cast<std::uint64_t>(data.nFileSizeHigh) << 32) | data.nFileSizeLow;
   entry.creationTime = ToFileTime(data.ftCreationTime);
   entry.lastAccessTime = ToFileTime(data.ftLastAccessTime);
   entry.lastWriteTime = ToFileTime(data.ftLastWriteTime);
+  return entry;
+}
+
+FindEntry ToEntry(const WIN32_FIND_DATAW& data) {
+  FindEntry entry = EntryOf(data);
+  entry.name = data.cFileName;
+  entry.shortName = data.cAlternateFileName;
   return entry;
 }
 
@@ -90,13 +97,7 @@ std::optional<FindEntry> Win32FileSystem::GetFileInfo(std::wstring_view path) {
   if (!apiPath || apiPath->empty()) return std::nullopt;
   WIN32_FILE_ATTRIBUTE_DATA data{};
   if (!GetFileAttributesExW(apiPath->c_str(), GetFileExInfoStandard, &data)) return std::nullopt;
-  FindEntry entry;
-  entry.attributes = data.dwFileAttributes;
-  entry.size = (static_cast<std::uint64_t>(data.nFileSizeHigh) << 32) | data.nFileSizeLow;
-  entry.creationTime = ToFileTime(data.ftCreationTime);
-  entry.lastAccessTime = ToFileTime(data.ftLastAccessTime);
-  entry.lastWriteTime = ToFileTime(data.ftLastWriteTime);
-  return entry;
+  return EntryOf(data);
 }
 
 // FindExInfoStandard rather than Basic: the 8.3 alias comes from the same
