@@ -8,7 +8,7 @@ packages=(
   wine wine64 xvfb xauth x11-utils imagemagick fonts-wine
   googletest libgtest-dev libbenchmark-dev
   nlohmann-json3-dev libxml2-dev libssl-dev
-  nsis msitools wixl
+  nsis msitools wixl python3
   dpkg-dev autoconf automake libtool pkg-config
   bubblewrap
 )
