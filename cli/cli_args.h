@@ -18,9 +18,16 @@ struct ListOptions {
   bool all = false;
 };
 
+struct ScanOptions {
+  std::wstring target;      // a program's name or its index in `list --json`
+  bool json = false;
+  std::wstring recordFile;  // a record saved by `list --json`, instead of the installed list
+};
+
 struct ParsedCommand {
-  std::wstring command;  // "list"
+  std::wstring command;  // "list" or "scan"
   ListOptions list;
+  ScanOptions scan;
 };
 
 // nullopt, with `error` set, for an unknown command or option.

@@ -4,6 +4,7 @@
 #include <nlohmann/json.hpp>
 
 #include "core/data_folder.h"
+#include "cli/scan_command.h"
 #include "core/text.h"
 #include "inventory/software_info.h"
 
@@ -76,8 +77,8 @@ std::string FormatListJson(const TSoftList& list, bool all) {
   return array.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
 }
 
-int RunList(const Platform& platform, const ListOptions& options, std::string& out,
-            std::string& err) {
+void WithInventory(const Platform& platform, std::string& err,
+                   const std::function<void(const TSoftList&)>& use) {
   TAppFrame frame(platform);
   std::wstring cacheFile = SoftwareCacheFileName(frame, true);
   if (cacheFile.empty()) {
@@ -88,8 +89,14 @@ int RunList(const Platform& platform, const ListOptions& options, std::string& o
   inventoryOptions.cacheFile = cacheFile;
   TSoftwareInfo inventory(platform, dispatcher, std::move(inventoryOptions));
   inventory.Analysis().WaitForPass();
-  out += options.json ? FormatListJson(inventory.Items(), options.all)
-                      : FormatListText(inventory.Items(), options.all);
+  use(inventory.Items());
+}
+
+int RunList(const Platform& platform, const ListOptions& options, std::string& out,
+            std::string& err) {
+  WithInventory(platform, err, [&](const TSoftList& items) {
+    out += options.json ? FormatListJson(items, options.all) : FormatListText(items, options.all);
+  });
   return ExitCode::Ok;
 }
 
@@ -101,6 +108,7 @@ int RunCli(const Platform& platform, const std::vector<std::wstring>& args, std:
     err += "varnel-cli: " + text::ToUtf8(error) + "\n" + text::ToUtf8(UsageText());
     return ExitCode::Usage;
   }
+  if (parsed->command == L"scan") return RunScan(platform, parsed->scan, out, err);
   return RunList(platform, parsed->list, out, err);
 }
 

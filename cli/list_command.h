@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -17,6 +18,11 @@ std::string FormatListJson(const TSoftList& list, bool all);
 // software cache) and prints. Output is UTF-8.
 int RunList(const Platform& platform, const ListOptions& options, std::string& out,
             std::string& err);
+
+// Builds the inventory, lets one analysis pass fill in install folders, sizes
+// and the cache, and hands the records to `use`.
+void WithInventory(const Platform& platform, std::string& err,
+                   const std::function<void(const TSoftList&)>& use);
 
 // The whole tool: arguments without the program name.
 int RunCli(const Platform& platform, const std::vector<std::wstring>& args, std::string& out,

@@ -28,6 +28,9 @@ class IShell {
   // negative index is a resource id). False, both empty, unless both exist.
   virtual bool ExtractIcons(std::wstring_view file, int index, IconHandle& small,
                             IconHandle& large) = 0;
+  // The shell's small icon for a file or folder, and its index in the system
+  // image list (equal icons share an index); empty and -1 when there is none.
+  virtual IconHandle SmallFileIcon(std::wstring_view path, int& systemIndex) = 0;
 };
 
 }  // namespace varnel

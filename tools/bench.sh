@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Runs the benchmarks under Wine in a throwaway prefix and prints their figures:
 #
-#   tools/bench.sh [--entries N] [--rounds R]
+#   tools/bench.sh [--entries N] [--rounds R]     the inventory
+#   tools/bench.sh --scan [--clsids N] [--rounds R]  the leftover scan
 #
 # Uses the Windows build of the test command (build/bed-windows), configuring
 # it when missing. Figures are ratios within one run; a busy machine skews
@@ -14,10 +15,15 @@ bash "$repo/tools/install-deps.sh" >/dev/null
 libxml2_root=$(bash "$repo/tools/build-libxml2-windows.sh" | tail -n1)
 cmake -S "$repo" -B "$build" -G Ninja -DCMAKE_TOOLCHAIN_FILE="$repo/cmake/toolchain-mingw64.cmake" \
   -DVARNEL_LIBXML2_ROOT="$libxml2_root" >/dev/null
-cmake --build "$build" -j2 --target varnel_inventory_bench >/dev/null
+bench=varnel_inventory_bench
+if [ "${1:-}" = --scan ]; then
+  bench=varnel_scan_bench
+  shift
+fi
+cmake --build "$build" -j2 --target "$bench" >/dev/null
 
 prefix=$(mktemp -d "${TMPDIR:-/tmp}/bench.XXXXXX")
 trap 'bash "$repo/tools/wine-prefix.sh" destroy "$prefix" >/dev/null 2>&1 || true' EXIT
 bash "$repo/tools/wine-prefix.sh" create "$prefix" >/dev/null
-cp "$build/bench/varnel_inventory_bench.exe" "$prefix/prefix/drive_c/"
-bash "$repo/tools/wine-prefix.sh" exec "$prefix" wine 'C:\varnel_inventory_bench.exe' "$@"
+cp "$build/bench/$bench.exe" "$prefix/prefix/drive_c/"
+bash "$repo/tools/wine-prefix.sh" exec "$prefix" wine "C:\\$bench.exe" "$@"

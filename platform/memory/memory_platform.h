@@ -207,11 +207,15 @@ class MemoryShell final : public IShell {
   bool ExecuteAndWaitIdle(std::wstring_view verb, std::wstring_view file, int show) override;
   bool ExtractIcons(std::wstring_view file, int index, IconHandle& small,
                     IconHandle& large) override;
+  // Paths with the same extension share a system index, as file types do.
+  IconHandle SmallFileIcon(std::wstring_view path, int& systemIndex) override;
 
   std::vector<Call> calls;
   // Icon files by upper-cased path, with how many icons each holds.
   std::map<std::wstring, int> iconFiles;
   int iconsExtracted = 0;
+  std::map<std::wstring, int> fileIconIndex;  // by upper-cased extension
+  int fileIconsHanded = 0;
   std::intptr_t result = 42;
   // Runs after a successful ExecuteAndWaitIdle, e.g. to make a window appear.
   std::function<void(const Call&)> onStart;

@@ -31,6 +31,17 @@ bool MemoryShell::ExtractIcons(std::wstring_view file, int index, IconHandle& sm
   return true;
 }
 
+IconHandle MemoryShell::SmallFileIcon(std::wstring_view path, int& systemIndex) {
+  systemIndex = -1;
+  if (path.empty()) return nullptr;
+  auto name = path.substr(path.find_last_of(L'\\') + 1);
+  auto dot = name.rfind(L'.');
+  auto extension = text::Upper(dot == std::wstring_view::npos ? L"" : name.substr(dot));
+  auto [it, added] = fileIconIndex.emplace(extension, static_cast<int>(fileIconIndex.size()));
+  systemIndex = it->second;
+  return std::make_shared<int>(++fileIconsHanded);
+}
+
 WindowId MemoryWindows::FindTopWindow(std::wstring_view className) {
   for (const auto& w : windows_)
     if (w.parent == 0 && w.className == className) return w.id;

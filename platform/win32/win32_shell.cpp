@@ -73,4 +73,17 @@ bool Win32Shell::ExtractIcons(std::wstring_view file, int index, IconHandle& sma
   return false;
 }
 
+IconHandle Win32Shell::SmallFileIcon(std::wstring_view path, int& systemIndex) {
+  systemIndex = -1;
+  auto apiPath = ApiString(path);
+  if (!apiPath || apiPath->empty()) return nullptr;
+  SHFILEINFOW info{};
+  if (!SHGetFileInfoW(apiPath->c_str(), 0, &info, sizeof(info),
+                      SHGFI_ICON | SHGFI_SMALLICON | SHGFI_SYSICONINDEX) ||
+      !info.hIcon)
+    return nullptr;
+  systemIndex = info.iIcon;
+  return IconHandle(info.hIcon, [](void* h) { DestroyIcon(static_cast<HICON>(h)); });
+}
+
 }  // namespace varnel::win32

@@ -12,6 +12,7 @@ class Win32Shell final : public IShell {
   bool ExecuteAndWaitIdle(std::wstring_view verb, std::wstring_view file, int show) override;
   bool ExtractIcons(std::wstring_view file, int index, IconHandle& small,
                     IconHandle& large) override;
+  IconHandle SmallFileIcon(std::wstring_view path, int& systemIndex) override;
 };
 
 }  // namespace varnel::win32

@@ -313,6 +313,9 @@ class HookedShell : public IShell {
     if (onExtract) onExtract(file);
     return inner_.ExtractIcons(file, index, small, large);
   }
+  IconHandle SmallFileIcon(std::wstring_view path, int& systemIndex) override {
+    return inner_.SmallFileIcon(path, systemIndex);
+  }
   std::function<void(std::wstring_view)> onExtract;
 
  private:

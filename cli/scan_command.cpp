@@ -1,0 +1,153 @@
+#include "cli/scan_command.h"
+
+#include <nlohmann/json.hpp>
+
+#include "cli/list_command.h"
+#include "core/registry_location.h"
+#include "core/text.h"
+
+namespace varnel::cli {
+
+namespace {
+
+std::string Utf8(const std::wstring& s) { return text::ToUtf8(s); }
+
+std::wstring Field(const nlohmann::json& object, const char* name) {
+  auto it = object.find(name);
+  return it != object.end() && it->is_string() ? text::FromUtf8(it->get<std::string>())
+                                               : std::wstring();
+}
+
+bool Flag(const nlohmann::json& object, const char* name) {
+  auto it = object.find(name);
+  return it != object.end() && it->is_boolean() && it->get<bool>();
+}
+
+std::unique_ptr<TSoftInfo> RecordFrom(const nlohmann::json& object) {
+  auto info = std::make_unique<TSoftInfo>();
+  info->Name = Field(object, "name");
+  info->Publisher = Field(object, "publisher");
+  info->Version = Field(object, "version");
+  info->RootKey = Field(object, "rootKey");
+  info->KeyPath = Field(object, "keyPath");
+  info->UninstallString = Field(object, "uninstallString");
+  info->InstallLocation = Field(object, "installLocation");
+  info->DisplayIcon = Field(object, "displayIcon");
+  info->Is64BitView = Flag(object, "is64BitView");
+  info->IsWindowsUpdate = Flag(object, "isWindowsUpdate");
+  info->IsToolbar = Flag(object, "isToolbar");
+  info->IsSystemComponent = Flag(object, "isSystemComponent");
+  info->Hidden = Flag(object, "hidden");
+  return info;
+}
+
+bool AllDigits(const std::wstring& s) {
+  if (s.empty() || s.size() > 9) return false;
+  for (wchar_t c : s)
+    if (c < L'0' || c > L'9') return false;
+  return true;
+}
+
+std::string Dump(const nlohmann::ordered_json& json) {
+  // Registry text may hold lone surrogates; they must not abort the output.
+  return json.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
+}
+
+}  // namespace
+
+int FindProgram(const TSoftList& list, const std::wstring& target) {
+  for (std::size_t i = 0; i < list.size(); ++i)
+    if (!list[i]->Hidden && text::SameText(list[i]->Name, target)) return static_cast<int>(i);
+  if (AllDigits(target)) {
+    auto index = std::stoi(target);
+    if (index < static_cast<int>(list.size())) return index;
+  }
+  return -1;
+}
+
+bool ReadRecords(const std::string& json, TSoftList& records) {
+  auto parsed = nlohmann::json::parse(json, nullptr, false);
+  if (parsed.is_discarded()) return false;
+  if (parsed.is_object()) {
+    records.push_back(RecordFrom(parsed));
+    return true;
+  }
+  if (!parsed.is_array()) return false;
+  for (const auto& item : parsed) {
+    if (!item.is_object()) return false;
+    records.push_back(RecordFrom(item));
+  }
+  return true;
+}
+
+std::string FormatScanText(const ScanFindings& found) {
+  std::string out = Utf8(found.Record.Name) + ": " + std::to_string(found.Count()) +
+                    (found.Count() == 1 ? " leftover\n" : " leftovers\n");
+  if (!found.Registry.empty()) {
+    out += "Registry (" + std::to_string(found.Registry.size()) + ")\n";
+    for (const auto& item : found.Registry)
+      out += "  " +
+             Utf8(FormatRegistryLocation(item.Root, item.KeyPath, item.ValueName, item.ValueData)) +
+             "\n";
+  }
+  if (!found.Files.empty()) {
+    out += "File (" + std::to_string(found.Files.size()) + ")\n";
+    for (const auto& item : found.Files)
+      out += "  " + Utf8(item.Path) + (item.Kind == FileKind::Folder ? "\\" : "") + "\n";
+  }
+  return out;
+}
+
+std::string FormatScanJson(const ScanFindings& found) {
+  nlohmann::ordered_json registry = nlohmann::ordered_json::array();
+  for (const auto& item : found.Registry)
+    registry.push_back({
+        {"root", Utf8(RootKeyName(item.Root))},
+        {"key", Utf8(item.KeyPath)},
+        {"value", Utf8(item.ValueName)},
+        {"data", Utf8(item.ValueData)},
+        {"is64BitView", found.Record.Is64BitView},
+        {"text", Utf8(FormatRegistryLocation(item.Root, item.KeyPath, item.ValueName,
+                                             item.ValueData))},
+    });
+  nlohmann::ordered_json files = nlohmann::ordered_json::array();
+  for (const auto& item : found.Files)
+    files.push_back({{"path", Utf8(item.Path)},
+                     {"kind", item.Kind == FileKind::Folder ? "folder" : "file"}});
+  nlohmann::ordered_json result = {{"program", Utf8(found.Record.Name)},
+                                   {"count", found.Count()},
+                                   {"registry", std::move(registry)},
+                                   {"files", std::move(files)}};
+  return Dump(result);
+}
+
+int RunScan(const Platform& platform, const ScanOptions& options, std::string& out,
+            std::string& err) {
+  auto scanOne = [&](const TSoftList& list) {
+    int index = options.target.empty() && list.size() == 1 ? 0
+                                                           : FindProgram(list, options.target);
+    if (index < 0) {
+      err += "varnel-cli: no program \"" + Utf8(options.target) + "\"\n";
+      return ExitCode::Failed;
+    }
+    TScanDriver driver(platform);
+    auto found = driver.Collect(list, index, L"", nullptr);
+    out += options.json ? FormatScanJson(found) : FormatScanText(found);
+    return ExitCode::Ok;
+  };
+  if (!options.recordFile.empty()) {
+    std::vector<std::uint8_t> bytes;
+    TSoftList records;
+    if (!platform.files.ReadWholeFile(options.recordFile, bytes) ||
+        !ReadRecords(std::string(bytes.begin(), bytes.end()), records)) {
+      err += "varnel-cli: \"" + Utf8(options.recordFile) + "\" holds no saved record\n";
+      return ExitCode::Failed;
+    }
+    return scanOne(records);
+  }
+  int code = ExitCode::Failed;
+  WithInventory(platform, err, [&](const TSoftList& items) { code = scanOne(items); });
+  return code;
+}
+
+}  // namespace varnel::cli

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <string>
+
+#include "cli/cli_args.h"
+#include "inventory/soft_list.h"
+#include "leftovers/scan_driver.h"
+#include "platform/platform.h"
+
+namespace varnel::cli {
+
+// The record `scan` means: the first visible one with that name (ignoring
+// case), else the one at that index; -1 when none.
+int FindProgram(const TSoftList& list, const std::wstring& target);
+
+// Records from `list --json` output (an array or one object); false when the
+// text is not that.
+bool ReadRecords(const std::string& json, TSoftList& records);
+
+std::string FormatScanText(const ScanFindings& found);
+std::string FormatScanJson(const ScanFindings& found);
+
+int RunScan(const Platform& platform, const ScanOptions& options, std::string& out,
+            std::string& err);
+
+}  // namespace varnel::cli

@@ -1,0 +1,251 @@
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <unordered_set>
+#include <vector>
+
+#include "core/app_frame.h"
+#include "core/shortcut.h"
+#include "core/text.h"
+#include "core/uninstall_command.h"
+#include "leftovers/filter_manage.h"
+#include "leftovers/scan_steps.h"
+#include "platform/csidl.h"
+
+namespace varnel::scan {
+
+namespace {
+
+// Lower-case paths without a trailing "\" that a folder walk never reports:
+// everything reported already and the paths the filter keeps.
+using HandledPaths = std::unordered_set<std::wstring>;
+
+// A link file is a few kilobytes; anything larger on a desktop is not one
+// and is not read whole to find out.
+constexpr std::uint64_t kLargestLink = 1u << 20;
+
+std::wstring Join(std::wstring_view folder, std::wstring_view name) {
+  return text::ExcludeTrailingBackslash(folder) + L"\\" + std::wstring(name);
+}
+
+std::wstring KeyOf(std::wstring_view path) {
+  return text::Lower(text::ExcludeTrailingBackslash(path));
+}
+
+bool IsDotName(const FindEntry& entry) { return !entry.name.empty() && entry.name[0] == L'.'; }
+bool IsFolder(const FindEntry& entry) { return (entry.attributes & FileAttr::Directory) != 0; }
+bool IsJunction(const FindEntry& entry) {
+  return (entry.attributes & FileAttr::ReparsePoint) != 0;
+}
+
+// The inventory writes "-" for a publisher the program does not give.
+std::wstring Given(std::wstring_view field) {
+  auto trimmed = text::Trim(field);
+  return trimmed == L"-" ? std::wstring() : text::Lower(trimmed);
+}
+
+// One depth-first walk for several names at once: found[i] is the first
+// folder named names[i], as a walk for that name alone would find it.
+void FindFolders(TRegeditScanClasses& scan, const std::wstring& folder,
+                 const std::vector<std::wstring>& names, std::vector<std::wstring>& found,
+                 std::size_t& missing) {
+  std::vector<FindEntry> entries;
+  if (!scan.Machine().files.FindEntries(Join(folder, L"*.*"), entries)) return;
+  for (const auto& entry : entries) {
+    if (!scan.Step()) return;
+    if (!IsFolder(entry) || IsDotName(entry) || IsJunction(entry)) continue;
+    const auto path = Join(folder, entry.name);
+    const auto lower = text::Lower(entry.name);
+    for (std::size_t i = 0; i < names.size(); ++i) {
+      if (found[i].empty() && !names[i].empty() && lower == names[i]) {
+        found[i] = path;
+        --missing;
+      }
+    }
+    if (missing == 0) return;
+    FindFolders(scan, path, names, found, missing);
+    if (missing == 0) return;
+  }
+}
+
+std::vector<std::wstring> FindFolders(TRegeditScanClasses& scan, const std::wstring& base,
+                                      const std::vector<std::wstring>& names) {
+  std::vector<std::wstring> found(names.size());
+  std::size_t missing = 0;
+  for (const auto& name : names)
+    if (!name.empty()) ++missing;
+  if (missing > 0 && !base.empty()) FindFolders(scan, base, names, found, missing);
+  return found;
+}
+
+// The first folder below `base`, at any depth, whose whole name is `name`
+// (any case); empty when there is none. A stop request ends the search.
+std::wstring FindFolder(TRegeditScanClasses& scan, const std::wstring& base,
+                        std::wstring_view name) {
+  return FindFolders(scan, base, {text::Lower(name)})[0];
+}
+
+// Reports every folder and file below `folder` that is not handled and puts
+// it on the list; a handled folder is not entered, nor is a junction.
+void AddFolderTree(TRegeditScanClasses& scan, const std::wstring& folder, HandledPaths& handled) {
+  std::vector<FindEntry> entries;
+  if (!scan.Machine().files.FindEntries(Join(folder, L"*.*"), entries)) return;
+  for (const auto& entry : entries) {
+    if (!scan.Step()) return;
+    if (IsDotName(entry)) continue;
+    const auto path = Join(folder, entry.name);
+    if (!handled.insert(KeyOf(path)).second) continue;
+    if (IsFolder(entry)) {
+      scan.AddFile(path, 0, 0, FileKind::Folder);
+      if (!IsJunction(entry)) AddFolderTree(scan, path, handled);
+    } else {
+      scan.AddFile(path, static_cast<std::uint32_t>(entry.size & 0xFFFFFFFFu),
+                   static_cast<std::uint32_t>(entry.size >> 32), FileKind::File);
+    }
+  }
+}
+
+class FileScan {
+ public:
+  FileScan(TRegeditScanClasses& scan, const std::wstring& productCode)
+      : scan_(scan),
+        files_(scan.Machine().files),
+        system_(scan.Machine().system),
+        productCode_(productCode),
+        name_(Given(scan.Record().Name)),
+        publisher_(Given(scan.Record().Publisher)) {}
+
+  void Run() {
+    if (scan_.Running()) InstallFolder();
+    if (scan_.Running()) InstallerFolders();
+    for (int csidl : {Csidl::CommonAppData, Csidl::AppData})
+      if (scan_.Running()) NameSearch(QuerySpecialFolder(system_, csidl));
+    if (!productCode_.empty()) {
+      for (int csidl : {Csidl::CommonAppData, Csidl::AppData}) {
+        if (!scan_.Running()) return;
+        auto base = QuerySpecialFolder(system_, csidl);
+        if (!base.empty()) ReportTree(Join(base, L"Microsoft\\Installer\\" + productCode_));
+      }
+    }
+    for (int csidl : {Csidl::CommonPrograms, Csidl::Programs})
+      if (scan_.Running()) NameSearch(QuerySpecialFolder(system_, csidl));
+    if (!scan_.InstallFolder().empty()) {
+      for (int csidl : {Csidl::DesktopDirectory, Csidl::CommonDesktopDirectory})
+        if (scan_.Running()) Shortcuts(QuerySpecialFolder(system_, csidl));
+    }
+    if (scan_.Running()) MakerPaths();
+  }
+
+ private:
+  void Report(const std::wstring& path, std::uint32_t kind) {
+    handled_.insert(KeyOf(path));
+    scan_.AddFile(path, 0, 0, kind);
+  }
+
+  // A folder that is not handled yet goes with everything in it.
+  void ReportTree(const std::wstring& folder) {
+    if (handled_.contains(KeyOf(folder)) || !files_.DirectoryExists(folder)) return;
+    Report(folder, FileKind::Folder);
+    AddFolderTree(scan_, folder, handled_);
+  }
+
+  // A folder the uninstaller already removed is no leftover, so only an
+  // existing install folder is reported; the paths the filter keeps make it
+  // go item by item instead of whole.
+  void InstallFolder() {
+    const auto folder = text::ExcludeTrailingBackslash(text::Trim(scan_.InstallFolderAsWritten()));
+    if (folder.empty()) return;
+    handled_.insert(KeyOf(folder));
+    std::wstring kept;
+    if (scan_.HasFilterEntry())
+      kept = scan_.Filter().GetField(scan_.FilterEntryName(), L"filter");
+    const auto keptPaths = SplitFilterField(kept);
+    for (const auto& entry : keptPaths) {
+      const auto path = ExpandFilterPath(system_, entry, scan_.InstallFolderAsWritten());
+      if (files_.FileExists(path)) handled_.insert(KeyOf(text::ExtractFilePath(path)));
+      handled_.insert(KeyOf(path));
+    }
+    if (!files_.DirectoryExists(folder)) return;
+    if (keptPaths.empty()) Report(folder, FileKind::Folder);
+    AddFolderTree(scan_, folder, handled_);
+  }
+
+  void InstallerFolders() {
+    for (const auto& folder : scan_.InstallerFolders) {
+      if (!scan_.Step()) return;
+      ReportTree(text::ExcludeTrailingBackslash(folder));
+    }
+  }
+
+  // The publisher's folder holding one named like the program is preferred
+  // to a namesake elsewhere below the base folder.
+  void NameSearch(const std::wstring& base) {
+    if (base.empty() || (name_.empty() && publisher_.empty())) return;
+    std::wstring result;
+    if (!publisher_.empty()) {
+      auto found = FindFolders(scan_, base, {publisher_, name_});
+      if (!found[0].empty() && !name_.empty()) result = FindFolder(scan_, found[0], name_);
+      if (result.empty()) result = found[1];
+    } else {
+      result = FindFolder(scan_, base, name_);
+    }
+    if (!result.empty() && scan_.Running()) ReportTree(result);
+  }
+
+  // Shortcuts directly on the desktop whose target lies in the install folder;
+  // one that cannot be read is passed over.
+  void Shortcuts(const std::wstring& desktop) {
+    if (desktop.empty()) return;
+    std::vector<FindEntry> entries;
+    if (!files_.FindEntries(Join(desktop, L"*.*"), entries)) return;
+    for (const auto& entry : entries) {
+      if (!scan_.Step()) return;
+      if (IsDotName(entry) || IsFolder(entry) || entry.size > kLargestLink) continue;
+      const auto path = Join(desktop, entry.name);
+      if (handled_.contains(KeyOf(path))) continue;
+      auto target = GetShortcutTarget(files_, system_, path);
+      if (target.empty()) continue;
+      if (target.back() != L'\\') target += L'\\';
+      if (scan_.TextHasInstallFolder(target)) Report(path, FileKind::File);
+    }
+  }
+
+  // The folders and files the protection filter names for one of the
+  // maker's own programs.
+  void MakerPaths() {
+    std::wstring entry;
+    if (!name_.empty() && !publisher_.empty()) {
+      if (!scan_.HasFilterEntry()) return;
+      entry = scan_.FilterEntryName();
+    } else if (name_.empty() && publisher_.empty()) {
+      const TAppFrame frame(scan_.Machine());
+      entry = text::ExtractFileName(GetFileFromCommandLine(frame, scan_.Record().UninstallString));
+    }
+    if (entry.empty()) return;
+    for (const auto& item : SplitFilterField(scan_.Filter().GetField(entry, L"path"))) {
+      if (!scan_.Step()) return;
+      const auto path = ExpandFilterPath(system_, item, scan_.InstallFolderAsWritten());
+      if (handled_.contains(KeyOf(path))) continue;
+      if (files_.DirectoryExists(path))
+        ReportTree(path);
+      else if (files_.FileExists(path))
+        Report(path, FileKind::File);
+    }
+  }
+
+  TRegeditScanClasses& scan_;
+  IFileSystem& files_;
+  ISystem& system_;
+  const std::wstring productCode_;
+  const std::wstring name_;
+  const std::wstring publisher_;
+  HandledPaths handled_;
+};
+
+}  // namespace
+
+void Files(TRegeditScanClasses& scan, const std::wstring& productCode) {
+  FileScan(scan, productCode).Run();
+}
+
+}  // namespace varnel::scan

@@ -1,0 +1,145 @@
+#include "core/registry_location.h"
+#include "core/text.h"
+#include "core/uninstall_command.h"
+#include "inventory/soft_info.h"
+#include "leftovers/scan_steps.h"
+#include "leftovers/value_text.h"
+
+namespace varnel::scan {
+
+namespace {
+
+constexpr RegRoot HKLM = RegRoot::LocalMachine;
+constexpr RegRoot HKCU = RegRoot::CurrentUser;
+constexpr wchar_t kMachineClasses[] = L"\\SOFTWARE\\Classes\\Installer";
+constexpr wchar_t kUserInstaller[] = L"\\Software\\Microsoft\\Installer";
+constexpr wchar_t kInstaller[] = L"\\SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Installer";
+
+// The Installer keys of one product are named alike under several roots, so
+// they are filed under their full location.
+TRegeditItemGroup* AddWholeKey(TRegeditScanClasses& scan, ScanCategory category, RegRoot root,
+                               const std::wstring& path) {
+  return scan.AddKey(category, root, true, RootKeyName(root) + path, path);
+}
+
+// A value that is its key's only value takes the key with it, so no empty
+// key is left behind; otherwise only the value goes.
+void AddValueOrKey(TRegeditScanClasses& scan, ScanCategory category, RegRoot root,
+                   const std::wstring& path, const IRegistryKey& key, std::size_t valueCount,
+                   const std::wstring& name, const std::wstring& data) {
+  if (valueCount == 1 && key.SubKeyNames().empty())
+    AddWholeKey(scan, category, root, path);
+  else
+    scan.AddValue(nullptr, root, path, name, data);
+}
+
+// Upgrade-code keys list the products of one upgrade family as value names.
+void UpgradeCodes(TRegeditScanClasses& scan, RegRoot root, const std::wstring& path,
+                  const std::wstring& packed) {
+  auto list = scan.Open(root, path);
+  if (!list) return;
+  for (const auto& code : list->SubKeyNames()) {
+    if (!scan.Step()) return;
+    const auto codePath = path + L"\\" + code;
+    auto key = scan.Open(root, codePath);
+    if (!key || !key->ValueExists(packed)) continue;
+    AddValueOrKey(scan, ScanCategory::InstallerUpgradeCodes, root, codePath, *key,
+                  key->ValueNames().size(), packed, ReadValueText(*key, packed));
+  }
+}
+
+// Component keys name, per product, the key path of the component. One that
+// names a file in the install folder is the program's; so is one that no
+// other product shares, whatever it names (a registry component, say).
+void Components(TRegeditScanClasses& scan, const std::wstring& path, const std::wstring& packed) {
+  auto list = scan.Open(HKLM, path);
+  if (!list) return;
+  for (const auto& component : list->SubKeyNames()) {
+    if (!scan.Step()) return;
+    const auto componentPath = path + L"\\" + component;
+    auto key = scan.Open(HKLM, componentPath);
+    if (!key) continue;
+    auto value = key->ReadValue(packed);
+    if (!value) continue;
+    const auto data = RegValueText(*value);
+    const auto valueCount = key->ValueNames().size();
+    if (valueCount != 1 && !scan.TextHasInstallFolder(data)) continue;
+    AddValueOrKey(scan, ScanCategory::InstallerUserData, HKLM, componentPath, *key, valueCount,
+                  packed, data);
+  }
+}
+
+void UserData(TRegeditScanClasses& scan, const std::wstring& packed) {
+  const std::wstring userData = std::wstring(kInstaller) + L"\\UserData";
+  auto sids = scan.Open(HKLM, userData);
+  if (!sids) return;
+  for (const auto& sid : sids->SubKeyNames()) {
+    if (!scan.Step()) return;
+    const auto sidPath = userData + L"\\" + sid;
+    AddWholeKey(scan, ScanCategory::InstallerUserData, HKLM, sidPath + L"\\Products\\" + packed);
+    Components(scan, sidPath + L"\\Components", packed);
+  }
+}
+
+// Folders the Installer made for the product: those in the install folder,
+// and its own cache folder named by the product code.
+bool IsProductFolder(const TRegeditScanClasses& scan, std::wstring folder) {
+  if (folder.empty()) return false;
+  if (folder.back() != L'\\') folder += L'\\';
+  return scan.TextHasInstallFolder(folder) || text::ContainsText(folder, scan.ProductCode);
+}
+
+void CollectFolder(TRegeditScanClasses& scan, const std::wstring& folder) {
+  if (scan.Machine().files.DirectoryExists(folder))
+    scan.AddInstallerFolder(text::IncludeTrailingBackslash(folder));
+}
+
+void Folders(TRegeditScanClasses& scan) {
+  const std::wstring path = std::wstring(kInstaller) + L"\\Folders";
+  auto key = scan.Open(HKLM, path);
+  if (!key) return;
+  for (const auto& folder : key->ValueNames()) {
+    if (!scan.Step()) return;
+    if (!IsProductFolder(scan, folder)) continue;
+    scan.AddValue(nullptr, HKLM, path, folder, ReadValueText(*key, folder));
+    CollectFolder(scan, folder);
+  }
+}
+
+// The product's icons live in a cache folder named by the product code; it
+// is recorded nowhere else when the Installer keeps no "Folders" list.
+void IconFolder(TRegeditScanClasses& scan, RegRoot root, const std::wstring& productPath) {
+  auto key = scan.Open(root, productPath);
+  if (!key) return;
+  auto folder = text::ExtractFilePath(text::Trim(ReadValueText(*key, L"ProductIcon")));
+  if (text::ContainsText(folder, scan.ProductCode)) CollectFolder(scan, folder);
+}
+
+}  // namespace
+
+void Installer(TRegeditScanClasses& scan) {
+  const auto code = MsiProductCode(scan.Record());
+  const auto packed = MsiProductCodeToPackedGuid(code);
+  if (packed.empty()) return;
+  scan.ProductCode = code;
+
+  struct Place {
+    RegRoot root;
+    const wchar_t* base;
+  };
+  for (const Place place : {Place{HKLM, kMachineClasses}, Place{HKCU, kUserInstaller}}) {
+    if (!scan.Step()) return;
+    const auto product = std::wstring(place.base) + L"\\Products\\" + packed;
+    if (AddWholeKey(scan, ScanCategory::InstallerProducts, place.root, product))
+      IconFolder(scan, place.root, product);
+    AddWholeKey(scan, ScanCategory::InstallerFeatures, place.root,
+                std::wstring(place.base) + L"\\Features\\" + packed);
+    UpgradeCodes(scan, place.root, std::wstring(place.base) + L"\\UpgradeCodes", packed);
+  }
+  if (!scan.Running()) return;
+  UpgradeCodes(scan, HKLM, std::wstring(kInstaller) + L"\\UpgradeCodes", packed);
+  if (scan.Running()) UserData(scan, packed);
+  if (scan.Running()) Folders(scan);
+}
+
+}  // namespace varnel::scan

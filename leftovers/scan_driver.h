@@ -1,0 +1,60 @@
+#pragma once
+
+#include <atomic>
+#include <string>
+#include <vector>
+
+#include "inventory/soft_list.h"
+#include "leftovers/image_list.h"
+#include "leftovers/results_tree.h"
+#include "leftovers/scan_classes.h"
+
+namespace varnel {
+
+// What one scan found, in the order the results tree shows it.
+struct ScanFindings {
+  TSoftInfo Record;  // the record scanned (a made-up one for a file)
+  std::vector<TShowRegInfo> Registry;
+  std::vector<TFileInfo> Files;
+  bool Stopped = false;
+  int Count() const { return Stopped ? 0 : static_cast<int>(Registry.size() + Files.size()); }
+};
+
+// Runs the scan for one program at a time and turns its findings into a
+// branch of the results tree.
+class TScanDriver {
+ public:
+  explicit TScanDriver(const Platform& platform,
+                       TRegeditScanClasses::MessageStep processMessages = {});
+
+  // Each holds one "%d"; the language table supplies them.
+  std::wstring SingularPhrase = L"%d item";
+  std::wstring PluralPhrase = L"%d items";
+
+  // Scans list[index], or, when `filePath` is given or the index lies outside
+  // the list, the disk around the file. `images` receives file icons (may be null).
+  ScanFindings Collect(const TSoftList& list, int index, const std::wstring& filePath,
+                       IImageList* images);
+  // The scan plus its branch in `tree`; returns the number of leftovers, 0
+  // (and no branch) when nothing was found or the scan was stopped.
+  // `listImages` are the software list's icons (may be null).
+  int ScanProgram(const TSoftList& list, const IImageList* listImages, int index,
+                  IResultsTree& tree, const std::wstring& filePath, IImageList* treeImages);
+
+  // For the Stop button: the running scan leaves at its next item.
+  void Stop();
+  bool StopRequested() const { return stop_; }
+
+  std::wstring CountPhrase(int count) const;
+
+ private:
+  Platform platform_;
+  TRegeditScanClasses::MessageStep processMessages_;
+  std::atomic<bool> stop_{false};
+  TRegeditScanClasses* active_ = nullptr;
+};
+
+// The phrase with its first "%d" replaced by the number.
+std::wstring FormatCountPhrase(const std::wstring& phrase, int count);
+
+}  // namespace varnel

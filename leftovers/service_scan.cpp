@@ -1,0 +1,80 @@
+#include <algorithm>
+#include <cwchar>
+
+#include "leftovers/scan_steps.h"
+#include "leftovers/value_text.h"
+
+namespace varnel::scan {
+
+namespace {
+
+constexpr RegRoot HKLM = RegRoot::LocalMachine;
+constexpr wchar_t kServices[] = L"\\SYSTEM\\CurrentControlSet\\services";
+constexpr wchar_t kDeviceEnum[] = L"\\SYSTEM\\CurrentControlSet\\Enum\\";
+
+bool SomeValueHasFolder(const TRegeditScanClasses& scan, const IRegistryKey& key) {
+  for (const auto& name : key.ValueNames())
+    if (scan.TextHasInstallFolder(ReadValueText(key, name))) return true;
+  return false;
+}
+
+// A shared-host service names its DLL under "Parameters", not in ImagePath.
+bool ServiceBelongs(TRegeditScanClasses& scan, const IRegistryKey& key, const std::wstring& path) {
+  if (SomeValueHasFolder(scan, key)) return true;
+  auto parameters = scan.Open(HKLM, path + L"\\Parameters");
+  return parameters && SomeValueHasFolder(scan, *parameters);
+}
+
+void DeviceInstances(TRegeditScanClasses& scan, const std::wstring& servicePath) {
+  auto key = scan.Open(HKLM, servicePath + L"\\Enum");
+  if (!key) return;
+  const auto countText = ReadValueText(*key, L"Count");
+  if (countText.empty()) return;
+  // The instances are values "0".."Count-1"; a Count beyond the values there
+  // are would only spin.
+  const unsigned long count =
+      std::min<unsigned long>(std::wcstoul(countText.c_str(), nullptr, 10),
+                              static_cast<unsigned long>(key->ValueNames().size()));
+  for (unsigned long i = 0; i < count; ++i) {
+    if (!scan.Step()) return;
+    const auto instance = ReadValueText(*key, std::to_wstring(i));
+    if (instance.empty()) continue;
+    scan.AddKey(ScanCategory::DeviceEnum, HKLM, true, instance, kDeviceEnum + instance);
+  }
+}
+
+// Each source key of one event log whose values name the install folder.
+void EventLogSources(TRegeditScanClasses& scan, const wchar_t* log) {
+  auto& root = scan.CategoryRoot(ScanCategory::EventLog, log);
+  const std::wstring path = std::wstring(kServices) + L"\\eventlog\\" + log;
+  auto list = scan.Open(HKLM, path);
+  if (!list) return;
+  for (const auto& source : list->SubKeyNames()) {
+    if (!scan.Step()) return;
+    const auto sourcePath = path + L"\\" + source;
+    auto key = scan.Open(HKLM, sourcePath);
+    if (key && SomeValueHasFolder(scan, *key)) scan.AddKey(root, HKLM, true, source, sourcePath);
+  }
+}
+
+}  // namespace
+
+void Services(TRegeditScanClasses& scan) {
+  auto list = scan.Open(HKLM, kServices);
+  if (!list) return;
+  for (const auto& service : list->SubKeyNames()) {
+    if (!scan.Step()) return;
+    const auto path = std::wstring(kServices) + L"\\" + service;
+    auto key = scan.Open(HKLM, path);
+    if (!key || !ServiceBelongs(scan, *key, path)) continue;
+    scan.AddKey(ScanCategory::Services, HKLM, true, service, path);
+    DeviceInstances(scan, path);
+  }
+}
+
+void EventLog(TRegeditScanClasses& scan) {
+  EventLogSources(scan, L"Application");
+  if (scan.Running()) EventLogSources(scan, L"System");
+}
+
+}  // namespace varnel::scan

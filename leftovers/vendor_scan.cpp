@@ -1,0 +1,82 @@
+#include "core/registry_location.h"
+#include "core/text.h"
+#include "leftovers/scan_steps.h"
+#include "leftovers/value_text.h"
+
+namespace varnel::scan {
+
+namespace {
+
+bool ValueNamesFolder(const TRegeditScanClasses& scan, std::wstring text) {
+  if (text.empty()) return false;
+  if (text.back() != L'\\') text += L'\\';
+  return scan.TextHasInstallFolder(text);
+}
+
+// Whether some value of the key or below names the install folder.
+bool KeyNamesFolder(TRegeditScanClasses& scan, RegRoot root, const std::wstring& path) {
+  auto key = scan.Open(root, path);
+  if (!key) return false;
+  for (const auto& name : key->ValueNames())
+    if (ValueNamesFolder(scan, ReadValueText(*key, name))) return true;
+  for (const auto& sub : key->SubKeyNames())
+    if (KeyNamesFolder(scan, root, path + L"\\" + sub)) return true;
+  return false;
+}
+
+void WalkValues(TRegeditScanClasses& scan, RegRoot root, const std::wstring& path) {
+  if (!scan.Step()) return;
+  auto key = scan.Open(root, path);
+  if (!key) return;
+  for (const auto& name : key->ValueNames()) {
+    auto data = ReadValueText(*key, name);
+    if (ValueNamesFolder(scan, data)) scan.AddValue(nullptr, root, path, name, data);
+  }
+  for (const auto& sub : key->SubKeyNames()) {
+    if (!scan.Running()) return;
+    WalkValues(scan, root, path + L"\\" + sub);
+  }
+}
+
+// A product key named exactly like the program, directly below a vendor key,
+// that points into its folder is the program's own: it goes whole, settings
+// and all. Anything shared stays and only the values naming the folder go.
+bool ReportProductKey(TRegeditScanClasses& scan, RegRoot root, const std::wstring& vendorPath,
+                      const std::wstring& sub) {
+  const auto& name = scan.Record().Name;
+  if (name.empty() || !text::SameText(sub, text::Trim(name))) return false;
+  const auto path = vendorPath + L"\\" + sub;
+  if (!KeyNamesFolder(scan, root, path)) return false;
+  scan.AddKey(ScanCategory::VendorKeys, root, true, RootKeyName(root) + path, path);
+  return true;
+}
+
+void ScanSoftwareKey(TRegeditScanClasses& scan, RegRoot root, const wchar_t* software) {
+  auto key = scan.Open(root, software);
+  if (!key) return;
+  for (const auto& vendor : key->SubKeyNames()) {
+    if (!scan.Step()) return;
+    if (IsProtectedVendorName(vendor)) continue;
+    const auto vendorPath = std::wstring(software) + L"\\" + vendor;
+    auto vendorKey = scan.Open(root, vendorPath);
+    if (!vendorKey) continue;
+    for (const auto& name : vendorKey->ValueNames()) {
+      auto data = ReadValueText(*vendorKey, name);
+      if (ValueNamesFolder(scan, data)) scan.AddValue(nullptr, root, vendorPath, name, data);
+    }
+    for (const auto& sub : vendorKey->SubKeyNames()) {
+      if (!scan.Running()) return;
+      if (!ReportProductKey(scan, root, vendorPath, sub))
+        WalkValues(scan, root, vendorPath + L"\\" + sub);
+    }
+  }
+}
+
+}  // namespace
+
+void VendorKeys(TRegeditScanClasses& scan) {
+  ScanSoftwareKey(scan, RegRoot::LocalMachine, L"\\SOFTWARE");
+  if (scan.Running()) ScanSoftwareKey(scan, RegRoot::CurrentUser, L"\\Software");
+}
+
+}  // namespace varnel::scan

@@ -1,0 +1,258 @@
+#include <gtest/gtest.h>
+
+#include "leftovers/scan_driver.h"
+#include "leftovers/scan_steps.h"
+#include "platform/csidl.h"
+#include "scan_world.h"
+
+namespace varnel {
+namespace {
+
+using testing_scan::ScanWorld;
+constexpr RegRoot HKLM = RegRoot::LocalMachine;
+constexpr RegRoot HKCU = RegRoot::CurrentUser;
+
+class ScanModelTest : public testing::Test {
+ protected:
+  ScanWorld w;
+};
+
+TEST_F(ScanModelTest, KeysAreReportedOncePerCategoryWithSubkeysBeforeValues) {
+  const std::wstring key = L"\\SOFTWARE\\Classes\\AppID\\{A1}";
+  w.Set(HKLM, key, L"", L"");  // an unset default value is never a leftover
+  w.Set(HKLM, key, L"RunAs", L"Interactive User");
+  w.Set(HKLM, key + L"\\Sub", L"Inner", L"1");
+  auto& scan = w.SetUp();
+  ASSERT_NE(scan.AddKey(ScanCategory::AppIdMachine, HKLM, true, L"{a1}", key), nullptr);
+  EXPECT_EQ(scan.AddKey(ScanCategory::AppIdMachine, HKLM, true, L"{A1}", key), nullptr);
+  EXPECT_EQ(scan.AddKey(ScanCategory::AppIdMachine, HKLM, true, L"{B2}", key + L"\\Gone"),
+            nullptr);
+  EXPECT_EQ(w.Captions(),
+            (std::vector<std::wstring>{
+                L"HKEY_LOCAL_MACHINE\\\\SOFTWARE\\Classes\\AppID\\{A1}",
+                L"HKEY_LOCAL_MACHINE\\\\SOFTWARE\\Classes\\AppID\\{A1}\\Sub",
+                L"HKEY_LOCAL_MACHINE\\\\SOFTWARE\\Classes\\AppID\\{A1}\\Sub | Inner - 1",
+                L"HKEY_LOCAL_MACHINE\\\\SOFTWARE\\Classes\\AppID\\{A1} | RunAs - Interactive User",
+            }));
+  // Another category files the same name again; a flat add leaves the subkey out.
+  EXPECT_NE(scan.AddKey(ScanCategory::AppIdClassesRoot, HKLM, false, L"{A1}", key), nullptr);
+  EXPECT_EQ(w.registry.size(), 6u);
+
+  // Values filed in one group are reported once by name.
+  auto& run = scan.CategoryRoot(ScanCategory::Run, L"Run");
+  EXPECT_EQ(&run, &scan.CategoryRoot(ScanCategory::Run, L"RUN"));
+  EXPECT_EQ(run.Kind, GroupKind::CategoryRoot);
+  scan.AddValue(&run, HKLM, L"\\Run", L"Tray", L"x");
+  scan.AddValue(&run, HKLM, L"\\Run", L"tray", L"x");
+  scan.AddValue(nullptr, HKLM, L"\\Run", L"", L"");
+  EXPECT_EQ(w.registry.size(), 7u);
+}
+
+TEST_F(ScanModelTest, InstallFolderComesFromTheRecordAndRefusesFoldersNoProgramOwns) {
+  auto folderOf = [&](const std::wstring& location) {
+    w.record.InstallLocation = location;
+    return w.SetUp().InstallFolder();
+  };
+  EXPECT_EQ(folderOf(L"C:\\Program Files\\Acme\\Writer"), L"c:\\program files\\acme\\writer\\");
+  EXPECT_EQ(folderOf(L"C:\\Program Files\\Acme\\Writer\\writer.exe"),
+            L"c:\\program files\\acme\\writer\\");
+  EXPECT_EQ(folderOf(L"\"C:\\Program Files\\Acme\\Writer\""),
+            L"");  // not absolute as written: nothing is unquoted for it
+  for (const wchar_t* hostile :
+       {L"C:\\", L"c:", L"C:\\Windows\\", L"c:\\windows\\system32", L"%WINDIR%",
+        L"%ProgramFiles%\\Acme", L"C:\\Program Files\\..\\Windows", L"C:\\.\\windows\\.",
+        L"C:\\Program Files\\..\\..\\..", L"Writer", L"\\Acme"})
+    EXPECT_EQ(folderOf(hostile), L"") << hostile;
+  // Let through, so the deletion guard has to know about it.
+  EXPECT_EQ(folderOf(L"C:\\Users\\"), L"c:\\users\\");
+  EXPECT_EQ(folderOf(L"C:\\Program Files\\..\\Program Files\\Acme"),
+            L"c:\\program files\\..\\program files\\acme\\");
+}
+
+TEST_F(ScanModelTest, ServerPathMatchIsASubstringTestOnTheLongForm) {
+  const std::wstring clsid = L"\\SOFTWARE\\Classes\\CLSID\\{C1}";
+  w.m.files.AddFile(L"C:\\Program Files\\Acme\\Writer\\ext.dll", "MZ");
+  w.m.files.SetShortName(L"C:\\Program Files", L"PROGRA~1");
+  auto& scan = w.SetUp();
+  auto matches = [&](const std::wstring& inproc, const std::wstring& local) {
+    w.m.registry.DeleteKey(HKLM, clsid, true);
+    if (!inproc.empty()) w.Set(HKLM, clsid + L"\\InprocServer32", L"", inproc);
+    if (!local.empty()) w.Set(HKLM, clsid + L"\\LocalServer32", L"", local);
+    return scan.ServerPathMatches(clsid);
+  };
+  EXPECT_TRUE(matches(L"  C:\\PROGRA~1\\Acme\\Writer\\ext.dll ", L""));
+  EXPECT_TRUE(matches(L"D:\\backup\\c:\\program files\\acme\\writer\\x.dll", L""));
+  EXPECT_TRUE(matches(L"C:\\Windows\\system32\\ole32.dll",
+                      L"\"C:\\Program Files\\Acme\\Writer\\writer.exe\" /automation"));
+  EXPECT_FALSE(matches(L"C:\\Program Files\\Acme\\Writer2\\x.dll", L""));
+  EXPECT_FALSE(matches(L"C:\\PROGRA~1\\Acme\\Writer\\missing.dll", L""));  // no long form
+  EXPECT_FALSE(matches(L"", L""));
+}
+
+TEST_F(ScanModelTest, DeepKeyTestAppendsTheBackslashAndDescends) {
+  auto& scan = w.SetUp();
+  w.Set(HKLM, L"\\SOFTWARE\\Clients\\Media\\A\\shell\\open\\command", L"",
+        L"C:\\Program Files\\Acme\\Writer");
+  w.Set(HKLM, L"\\SOFTWARE\\Clients\\Media\\B", L"Path", L"C:\\Program Files\\Acme\\Writers");
+  EXPECT_TRUE(scan.KeyRefersToInstallFolder(HKLM, L"\\SOFTWARE\\Clients\\Media\\A"));
+  EXPECT_FALSE(scan.KeyRefersToInstallFolder(HKLM, L"\\SOFTWARE\\Clients\\Media\\B"));
+  EXPECT_FALSE(scan.KeyRefersToInstallFolder(HKLM, L"\\SOFTWARE\\Clients\\Media\\C"));
+}
+
+TEST_F(ScanModelTest, VendorScanReportsValuesAndTheProductKeyButNeverProtectedVendors) {
+  const std::wstring folder = L"C:\\Program Files\\Acme\\Writer";
+  w.Set(HKLM, L"\\SOFTWARE\\Microsoft\\Windows\\Setup", L"Last", folder);
+  w.Set(HKLM, L"\\SOFTWARE\\Classes\\Writer", L"Dir", folder);
+  w.Set(HKCU, L"\\Software\\Wow6432Node\\Acme", L"Dir", folder);
+  w.Set(HKLM, L"\\SOFTWARE\\Other Vendor\\Indexer\\Paths", L"P7", folder + L"\\data");
+  w.Set(HKLM, L"\\SOFTWARE\\Other Vendor\\Indexer\\Paths", L"P8", L"C:\\Program Files\\Acme\\Writer2");
+  w.Set(HKCU, L"\\Software\\Acme\\Acme Writer", L"ProgramFolder", folder);
+  w.m.registry.SetDWord(HKCU, L"\\Software\\Acme\\Acme Writer", L"Width", 640);
+  w.Set(HKCU, L"\\Software\\Acme\\Acme Painter", L"ProgramFolder", L"C:\\Program Files\\Acme\\Painter");
+  w.SetUp();
+  w.scanner->RunAlone([&] { scan::VendorKeys(*w.scanner); });
+  EXPECT_EQ(w.Captions(),
+            (std::vector<std::wstring>{
+                L"HKEY_LOCAL_MACHINE\\\\SOFTWARE\\Other Vendor\\Indexer\\Paths | P7 - " + folder +
+                    L"\\data",
+                L"HKEY_CURRENT_USER\\\\Software\\Acme\\Acme Writer",
+                L"HKEY_CURRENT_USER\\\\Software\\Acme\\Acme Writer | ProgramFolder - " + folder,
+                L"HKEY_CURRENT_USER\\\\Software\\Acme\\Acme Writer | Width - 640",
+            }));
+}
+
+TEST_F(ScanModelTest, FilterRowsMatchByLowerCaseSubstringAndExpandTheirMacros) {
+  TFileterManage& filter = w.filter;
+  ASSERT_EQ(filter.Count(), 11);
+  std::wstring name;
+  w.record.Publisher = L"Varnel";
+  w.record.Name = L"Game Booster 3.2";
+  EXPECT_TRUE(filter.Find(FilterSearchKey(w.record), &name));
+  EXPECT_EQ(name, L"varnel game booster");
+  EXPECT_FALSE(filter.Find(L"Varnel Game Booster"));  // keys are lower-cased by the caller
+  EXPECT_EQ(filter.GetField(L"VARNEL GAME BOOSTER", L"Reg"),
+            L"HKEY_LOCAL_MACHINE\\SOFTWARE\\Varnel\\Game Booster");
+  EXPECT_EQ(filter.GetField(L"varnel game", L"reg", L"none"), L"none");
+  EXPECT_EQ(filter.GetField(L"varnel game booster", L"colour", L"none"), L"none");
+
+  auto& system = w.m.system;
+  EXPECT_EQ(ExpandFilterPath(system, L"CSIDL_LOCAPTION\\Log", L"c:\\apps\\v\\"), L"c:\\apps\\v\\Log");
+  EXPECT_EQ(ExpandFilterPath(system, L"CSIDL_APPDATA\\Varnel\\X", L""),
+            QuerySpecialFolder(system, Csidl::AppData) + L"\\Varnel\\X");
+  EXPECT_EQ(ExpandFilterPath(system, L"CSIDL_APPDATA_X\\Y", L""), L"CSIDL_APPDATA_X\\Y");
+  EXPECT_EQ(SplitFilterField(L"a, b,,c"), (std::vector<std::wstring>{L"a", L"b", L"c"}));
+  EXPECT_TRUE(IsProtectedVendorName(L"IMGBURN"));
+  EXPECT_FALSE(IsProtectedVendorName(L"Microsoft Corporation"));
+}
+
+TEST_F(ScanModelTest, MakerKeyGoesWholeOnlyForTheLastProgramUnderIt) {
+  w.record.Publisher = L"Varnel";
+  w.record.Name = L"Folder Guard";
+  w.record.InstallLocation.clear();
+  w.Set(HKLM, L"\\SOFTWARE\\Varnel\\Folder Guard", L"Path", L"x");
+  w.Set(HKLM, L"\\SYSTEM\\CurrentControlSet\\services\\VarnelFolderGuard", L"Start", L"2");
+  auto scanned = [&] {
+    w.SetUp();
+    w.scanner->RunAlone([&] { scan::MakerKey(*w.scanner); });
+    return w.Captions();
+  };
+  auto alone = scanned();
+  EXPECT_TRUE(ScanWorld::Has(alone, L"HKEY_LOCAL_MACHINE\\\\SOFTWARE\\Varnel"));
+  EXPECT_TRUE(ScanWorld::Has(alone, L"HKEY_LOCAL_MACHINE\\\\SYSTEM\\CurrentControlSet\\services\\VarnelFolderGuard"));
+  w.Set(HKLM, L"\\SOFTWARE\\Varnel\\Toolbar", L"Path", L"y");
+  auto shared = scanned();
+  EXPECT_FALSE(ScanWorld::Has(shared, L"HKEY_LOCAL_MACHINE\\\\SOFTWARE\\Varnel"));
+  EXPECT_TRUE(ScanWorld::Has(shared, L"HKEY_LOCAL_MACHINE\\\\SOFTWARE\\Varnel\\Folder Guard"));
+  EXPECT_FALSE(ScanWorld::Has(shared, L"HKEY_LOCAL_MACHINE\\\\SOFTWARE\\Varnel\\Toolbar"));
+}
+
+// The results tree as a list of lines: depth, caption, image, state, data kind.
+class FakeTree : public IResultsTree {
+ public:
+  TreeNodeId AddNode(TreeNodeId parent, const std::wstring& caption, int image, int stateIndex,
+                     std::unique_ptr<TMyTreeData> data) override {
+    int depth = parent == kTreeRoot ? 0 : depthOf[parent] + 1;
+    lines.push_back(std::wstring(depth * 2, L' ') + caption + L" [" + std::to_wstring(image) +
+                    L"," + std::to_wstring(stateIndex) + L"," +
+                    (data ? std::to_wstring(data->Kind) : L"-") + L"]");
+    if (data) datas.push_back(*data);
+    depthOf.push_back(depth);
+    return static_cast<TreeNodeId>(depthOf.size() - 1);
+  }
+  std::vector<std::wstring> lines;
+  std::vector<TMyTreeData> datas;
+  std::vector<int> depthOf{0};
+};
+
+class FakeImages : public IImageList {
+ public:
+  int Count() const override { return static_cast<int>(icons.size()); }
+  IconHandle Icon(int index) const override { return icons.at(index); }
+  int Add(const IconHandle& icon) override {
+    icons.push_back(icon);
+    return Count() - 1;
+  }
+  std::vector<IconHandle> icons;
+};
+
+class ScanDriverTest : public testing::Test {
+ protected:
+  ScanDriverTest() {
+    list.push_back(std::make_unique<TSoftInfo>(w.record));
+    listImages.icons = {std::make_shared<int>(0), std::make_shared<int>(1)};
+    list[0]->ImageIndex = 1;
+    driver.SingularPhrase = L"%d leftover";
+    driver.PluralPhrase = L"%d leftovers";
+  }
+  int Scan() { return driver.ScanProgram(list, &listImages, 0, tree, L"", &treeImages); }
+  ScanWorld w;
+  TSoftList list;
+  FakeImages listImages, treeImages;
+  FakeTree tree;
+  int steps = 0;
+  TScanDriver driver{w.m.Get(), [this] {
+                       if (++steps == stopAt) driver.Stop();
+                     }};
+  int stopAt = -1;
+};
+
+TEST_F(ScanDriverTest, OneFindingMakesABranchWithTheSingularPhrase) {
+  w.Set(HKCU, L"\\Software\\Somebody\\Paths", L"Writer", L"C:\\Program Files\\Acme\\Writer");
+  w.m.files.RemoveFile(L"C:\\Program Files\\Acme\\Writer\\writer.exe");
+  w.m.files.RemoveFolder(L"C:\\Program Files\\Acme\\Writer");
+  EXPECT_EQ(Scan(), 1);
+  EXPECT_EQ(tree.lines, (std::vector<std::wstring>{
+                            L"Acme Writer(1 leftover) [0,1,-]",
+                            L"  Registry(1 leftover) [0,1,-]",
+                            L"    HKEY_CURRENT_USER\\\\Software\\Somebody\\Paths | Writer - "
+                            L"C:\\Program Files\\Acme\\Writer [2,1,0]",
+                        }));
+  ASSERT_EQ(treeImages.icons.size(), 1u);
+  EXPECT_EQ(treeImages.icons[0], listImages.icons[1]);  // the record's own icon
+  ASSERT_EQ(tree.datas.size(), 1u);
+  EXPECT_TRUE(tree.datas[0].Is64BitView);
+  EXPECT_EQ(tree.datas[0].ValueName, L"Writer");
+  EXPECT_EQ(driver.CountPhrase(0), L"0 leftovers");
+}
+
+TEST_F(ScanDriverTest, NothingFoundOrAStopAddsNoBranch) {
+  w.m.files.RemoveFile(L"C:\\Program Files\\Acme\\Writer\\writer.exe");
+  w.m.files.RemoveFolder(L"C:\\Program Files\\Acme\\Writer");
+  EXPECT_EQ(Scan(), 0);
+  EXPECT_TRUE(tree.lines.empty());
+
+  for (int i = 0; i < 50; ++i)
+    w.Set(HKLM, L"\\SOFTWARE\\Vendor" + std::to_wstring(i), L"Dir",
+          L"C:\\Program Files\\Acme\\Writer");
+  steps = 0;
+  stopAt = 10;
+  EXPECT_EQ(Scan(), 0);
+  EXPECT_TRUE(tree.lines.empty());
+  EXPECT_GE(steps, 10);
+  EXPECT_LT(steps, 50);  // the vendor loop left at its next item
+  stopAt = -1;
+  EXPECT_EQ(Scan(), 50);  // the stop flag is cleared for the next program
+}
+
+}  // namespace
+}  // namespace varnel
