@@ -80,41 +80,34 @@ bool Populate(varnel::Platform platform, int clsids) {
   return Write(kMarkerKey, L"Count", std::to_wstring(clsids));
 }
 
-void Remove(varnel::Platform platform) {
-  for (const wchar_t* sub : {L"CLSID", L"TypeLib", L"Interface"}) {
-    HKEY raw = nullptr;
-    if (RegOpenKeyExW(HKEY_LOCAL_MACHINE, (std::wstring(kClasses) + L"\\" + sub).c_str(), 0,
-                      KEY_READ | KEY_WRITE | k64, &raw) != ERROR_SUCCESS)
-      continue;
-    UniqueHkey key(raw);
-    std::vector<std::wstring> doomed;
-    wchar_t name[256];
-    for (DWORD i = 0;; ++i) {
-      DWORD length = 256;
-      if (RegEnumKeyExW(key.get(), i, name, &length, nullptr, nullptr, nullptr, nullptr) !=
-          ERROR_SUCCESS)
-        break;
-      if (std::wstring(name).find(L"-4000-8000-") != std::wstring::npos) doomed.push_back(name);
-    }
-    for (const auto& n : doomed) RegDeleteTreeW(key.get(), n.c_str());
-  }
+// Deletes the subkeys of HKLM\`parent` whose names `doomed` picks.
+template <typename Pick>
+void DeleteSubkeys(const std::wstring& parent, Pick doomed) {
   HKEY raw = nullptr;
-  if (RegOpenKeyExW(HKEY_LOCAL_MACHINE, kClasses, 0, KEY_READ | KEY_WRITE | k64, &raw) ==
-      ERROR_SUCCESS) {
-    UniqueHkey key(raw);
-    std::vector<std::wstring> doomed;
-    wchar_t name[256];
-    for (DWORD i = 0;; ++i) {
-      DWORD length = 256;
-      if (RegEnumKeyExW(key.get(), i, name, &length, nullptr, nullptr, nullptr, nullptr) !=
-          ERROR_SUCCESS)
-        break;
-      std::wstring n = name;
-      if (n.starts_with(L".bench") || n.starts_with(L"Vendor")) doomed.push_back(n);
-    }
-    for (const auto& n : doomed) RegDeleteTreeW(key.get(), n.c_str());
-    RegDeleteTreeW(key.get(), L"VarnelScanBench");
+  if (RegOpenKeyExW(HKEY_LOCAL_MACHINE, parent.c_str(), 0, KEY_READ | KEY_WRITE | k64, &raw) !=
+      ERROR_SUCCESS)
+    return;
+  UniqueHkey key(raw);
+  std::vector<std::wstring> names;
+  wchar_t name[256];
+  for (DWORD i = 0;; ++i) {
+    DWORD length = 256;
+    if (RegEnumKeyExW(key.get(), i, name, &length, nullptr, nullptr, nullptr, nullptr) !=
+        ERROR_SUCCESS)
+      break;
+    if (doomed(std::wstring(name, length))) names.emplace_back(name, length);
   }
+  for (const auto& n : names) RegDeleteTreeW(key.get(), n.c_str());
+}
+
+void Remove(varnel::Platform platform) {
+  const std::wstring classes = kClasses;
+  auto ours = [](const std::wstring& n) { return n.find(L"-4000-8000-") != std::wstring::npos; };
+  for (const wchar_t* sub : {L"\\CLSID", L"\\TypeLib", L"\\Interface"})
+    DeleteSubkeys(classes + sub, ours);
+  DeleteSubkeys(classes, [](const std::wstring& n) {
+    return n.starts_with(L".bench") || n.starts_with(L"Vendor") || n == L"VarnelScanBench";
+  });
   varnel::DeleteDirectoryTree(platform.files, kProgramFolder);
 }
 

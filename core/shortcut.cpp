@@ -76,9 +76,14 @@ int GetShortcutLinkKind(IFileSystem& files, std::wstring_view fileName) {
   return link ? link->Kind() : LinkKind::NoFile;
 }
 
-std::wstring GetShortcutTarget(IFileSystem& files, ISystem& system, std::wstring_view fileName) {
+namespace {
+
+// The base path's bytes of a local link; false for any other link or an
+// implausible length.
+bool ReadBasePath(IFileSystem& files, std::wstring_view fileName,
+                  std::array<char, kPathBuffer>& buffer) {
   const auto link = Load(files, fileName);
-  if (!link || link->Kind() != LinkKind::LocalPath) return {};
+  if (!link || link->Kind() != LinkKind::LocalPath) return false;
 
   const std::uint64_t info = link->LinkInfoStart();
   const std::uint32_t basePath = link->U32(info + 16);
@@ -87,12 +92,20 @@ std::wstring GetShortcutTarget(IFileSystem& files, ISystem& system, std::wstring
   // The base path runs up to whatever block follows it. A following block
   // placed before the path is no length at all.
   const std::int64_t length = static_cast<std::int64_t>(next) - basePath;
-  if (length <= 0 || length >= static_cast<std::int64_t>(kPathBuffer)) return {};
+  if (length <= 0 || length >= static_cast<std::int64_t>(kPathBuffer)) return false;
 
-  std::array<char, kPathBuffer> buffer{};
+  buffer.fill(0);
   for (std::int64_t i = 0; i < length; ++i)
     buffer[static_cast<std::size_t>(i)] =
         static_cast<char>(link->Byte(info + basePath + static_cast<std::uint64_t>(i)));
+  return true;
+}
+
+}  // namespace
+
+std::wstring GetShortcutTarget(IFileSystem& files, ISystem& system, std::wstring_view fileName) {
+  std::array<char, kPathBuffer> buffer{};
+  if (!ReadBasePath(files, fileName, buffer)) return {};
 
   auto exists = [&files](const std::wstring& path) {
     return !path.empty() && files.GetAttributes(path).has_value();
@@ -109,6 +122,12 @@ std::wstring GetShortcutTarget(IFileSystem& files, ISystem& system, std::wstring
   target = system.FromAnsi(second);
   if (exists(target)) return target;
   return system.FromAnsi(RunAt(buffer, secondAt + second.size() + 1));
+}
+
+std::wstring GetShortcutBasePath(IFileSystem& files, ISystem& system, std::wstring_view fileName) {
+  std::array<char, kPathBuffer> buffer{};
+  if (!ReadBasePath(files, fileName, buffer)) return {};
+  return system.FromAnsi(RunAt(buffer, 0));
 }
 
 }  // namespace varnel

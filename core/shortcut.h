@@ -27,4 +27,8 @@ int GetShortcutLinkKind(IFileSystem& files, std::wstring_view fileName);
 // ANSI code page; empty for any other link or an implausible length.
 std::wstring GetShortcutTarget(IFileSystem& files, ISystem& system, std::wstring_view fileName);
 
+// The local base path as the link stores it, decoded with the ANSI code page,
+// whether or not it still exists; empty where GetShortcutTarget has nothing.
+std::wstring GetShortcutBasePath(IFileSystem& files, ISystem& system, std::wstring_view fileName);
+
 }  // namespace varnel

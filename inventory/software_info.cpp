@@ -1,5 +1,7 @@
 #include "inventory/software_info.h"
 
+#include "core/registry_location.h"
+#include "core/registry_routines.h"
 #include "core/wow64.h"
 #include "inventory/software_cache.h"
 #include "inventory/toolbar_folding.h"
@@ -22,13 +24,32 @@ void CollectInstalledSoftware(const TAppFrame& frame, TSoftList& list,
 
 TSoftwareInfo::TSoftwareInfo(const Platform& platform, TGuiDispatcher& dispatcher,
                              Options options)
-    : options_(std::move(options)) {
+    : platform_(platform), options_(std::move(options)) {
   CollectInstalledSoftware(TAppFrame(platform), items_, options_.discoverToolbars);
   ApplySoftwareCache(platform, items_, options_.cacheFile);
   analysis_ = std::make_unique<TAnalysisThread>(platform, dispatcher, options_.cacheFile);
   analysis_->SetJobs(options_.view, &items_);
   analysis_->Start();
   analysis_->RunPass();
+}
+
+void TSoftwareInfo::RefreshInventory() {
+  analysis_->RequestStop();
+  analysis_->WaitForPass();
+  items_.clear();
+  CollectInstalledSoftware(TAppFrame(platform_), items_, options_.discoverToolbars);
+  ApplySoftwareCache(platform_, items_, options_.cacheFile);
+  analysis_->RunPass();
+}
+
+bool TSoftwareInfo::RemoveSoftwareEntry(int index) {
+  if (index < 0 || static_cast<std::size_t>(index) >= items_.size() || !items_[index]) return false;
+  const TSoftInfo& info = *items_[index];
+  if (!DeleteRegistryKeyByName(platform_.registry, info.RootKey, info.KeyPath, info.Is64BitView))
+    return false;
+  // The routine does not report a refused deletion; a key still there is one.
+  return !platform_.registry.KeyExists(RootKeyFromName(info.RootKey), info.KeyPath,
+                                       info.Is64BitView);
 }
 
 TSoftwareInfo::~TSoftwareInfo() {

@@ -45,12 +45,20 @@ class TSoftwareInfo {
   const std::wstring& DisplayText1() const { return options_.displayText1; }
   const std::wstring& DisplayText2() const { return options_.displayText2; }
 
+  // Rebuilds the records in place: a pass in progress is stopped first, and
+  // a new one starts over the new list.
+  void RefreshInventory();
+  // Deletes the Uninstall key of the record at `index`; false for an index
+  // outside the list or a key the registry routine refuses.
+  bool RemoveSoftwareEntry(int index);
+
   // Held for the main window's category views.
   static constexpr std::int64_t kLargeSize = 52428800;  // 50 MiB
   static constexpr int kRecentDays = 10;
   static constexpr int kRarelyUsedDays = 30;
 
  private:
+  Platform platform_;
   Options options_;
   TSoftList items_;
   std::unique_ptr<TAnalysisThread> analysis_;

@@ -79,6 +79,13 @@ class ClassReader {
     if (text.back() != L'\\') text += L'\\';
     return scan_.TextHasInstallFolder(text);
   }
+  // A handler naming a class that is registered nowhere any more belongs to
+  // no other program: typically the program's own, removed by its uninstaller.
+  bool Dangling(const std::wstring& handler) {
+    if (!LooksLikeClassId(handler)) return false;
+    return !scan_.KeyExists(RegRoot::LocalMachine, L"\\SOFTWARE\\Classes\\CLSID\\" + handler) &&
+           !scan_.KeyExists(RegRoot::CurrentUser, L"\\Software\\Classes\\CLSID\\" + handler);
+  }
   bool IsProgramClass(std::wstring_view name) {
     return !name.empty() && (scan_.Category(ScanCategory::ProgIdMachine).Contains(name) ||
                              scan_.Category(ScanCategory::FileClassMachine).Contains(name) ||
@@ -135,13 +142,14 @@ class ClassReader {
       verdict.keys.push_back(relative);
       return;
     }
-    if (!handler.empty()) verdict.foreign = true;
+    if (!handler.empty() && !Dangling(handler)) verdict.foreign = true;
     for (const auto& name : key->SubKeyNames()) {
       auto survey = SurveyOf(Join(typePath, name), name);
       if (survey.Ours()) {
         verdict.ours = true;
         verdict.keys.push_back(Join(relative, name));
-      } else if (survey.content || LooksLikeClassId(name)) {
+      } else if (survey.content ? !Dangling(DefaultOf(Join(typePath, name)))
+                                : LooksLikeClassId(name) && !Dangling(name)) {
         verdict.foreign = true;
       }
     }

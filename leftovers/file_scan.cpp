@@ -203,10 +203,16 @@ class FileScan {
       if (IsDotName(entry) || IsFolder(entry) || entry.size > kLargestLink) continue;
       const auto path = Join(desktop, entry.name);
       if (handled_.contains(KeyOf(path))) continue;
-      auto target = GetShortcutTarget(files_, system_, path);
-      if (target.empty()) continue;
-      if (target.back() != L'\\') target += L'\\';
-      if (scan_.TextHasInstallFolder(target)) Report(path, FileKind::File);
+      // A leftover link usually points at a file the uninstaller removed:
+      // the stored path counts as well as the recovered one.
+      for (auto target : {GetShortcutTarget(files_, system_, path),
+                          GetShortcutBasePath(files_, system_, path)}) {
+        if (target.empty()) continue;
+        if (target.back() != L'\\') target += L'\\';
+        if (!scan_.TextHasInstallFolder(target)) continue;
+        Report(path, FileKind::File);
+        break;
+      }
     }
   }
 

@@ -3,8 +3,8 @@
 #
 #   build-fixtures.sh OUT_DIR
 #
-# OUT_DIR receives the five installers named in tests/fixtures/samples.tsv and
-# a copy of that table; OUT_DIR/stage/ keeps the intermediate files. What is
+# OUT_DIR receives the installers named in tests/fixtures/samples.tsv and a
+# copy of that table; OUT_DIR/stage/ keeps the intermediate files. What is
 # up to date is not built again. The last line printed is OUT_DIR, absolute.
 set -euo pipefail
 
@@ -16,7 +16,8 @@ src=$repo/tests/fixtures
 mkdir -p "$1"
 out=$(cd "$1" && pwd -P)
 
-for tool in x86_64-w64-mingw32-gcc x86_64-w64-mingw32-windres makensis wixl msiinfo python3; do
+for tool in x86_64-w64-mingw32-gcc x86_64-w64-mingw32-windres x86_64-w64-mingw32-widl makensis \
+  wixl msiinfo python3; do
   command -v "$tool" >/dev/null || die "$tool not found (tools/install-deps.sh installs it)"
 done
 
@@ -61,6 +62,17 @@ build_program() {
   mv -f "$stage/$program.tmp" "$stage/$program"
 }
 
+# Quillfeather Notes' in-process server (also its Control Panel applet) and its
+# type library.
+build_notes_server() {
+  local stage=$1
+  x86_64-w64-mingw32-gcc -shared -O2 -s -Wall -Wextra -Wpedantic -Werror \
+    "$src/app/sample_shell.c" -o "$stage/QuillNotesShell.dll.tmp" -lole32
+  mv -f "$stage/QuillNotesShell.dll.tmp" "$stage/QuillNotesShell.dll"
+  x86_64-w64-mingw32-widl --win64 -t -o "$stage/QuillNotes.tlb.tmp" "$src/app/quill_notes.idl"
+  mv -f "$stage/QuillNotes.tlb.tmp" "$stage/QuillNotes.tlb"
+}
+
 build_msi() {
   local stage=$1 source=$2 target=$3 product_code=$4 code
   cp -p "$src/$source" "$stage/payload/"
@@ -90,21 +102,29 @@ while IFS=$'\t' read -r -u 3 id installer source _root _view key program name pu
   if stale "$stage/$program" "$src/app" "$src/samples.tsv" "$stage/app.ico"; then
     build_program "$stage" "$program" "$name" "$publisher" "$version"
   fi
-  if [ "$id" = notes ] && [ ! -f "$stage/en-US.dic" ]; then
-    make_dictionary "$stage/en-US.dic.tmp"
-    mv -f "$stage/en-US.dic.tmp" "$stage/en-US.dic"
+  extras=()
+  if [ "$id" = notes ]; then
+    if [ ! -f "$stage/en-US.dic" ]; then
+      make_dictionary "$stage/en-US.dic.tmp"
+      mv -f "$stage/en-US.dic.tmp" "$stage/en-US.dic"
+    fi
+    if stale "$stage/QuillNotes.tlb" "$src/app/sample_shell.c" "$src/app/quill_notes.idl"; then
+      build_notes_server "$stage"
+    fi
+    extras=("$stage/en-US.dic" "$stage/QuillNotesShell.dll" "$stage/QuillNotes.tlb")
   fi
 
   target=$out/$installer
   if stale "$target" "$src/$source" "$src/nsis/sample_common.nsh" "$src/payload/$id" \
-    "$stage/$program" "$stage/app.ico"; then
+    "$src/payload/shared" "$stage/$program" "$stage/app.ico" ${extras[@]+"${extras[@]}"}; then
     # The payload folder is assembled afresh so that files removed from the
     # sources do not linger in it; -p keeps their times for the checks above.
     rm -rf "$stage/payload"
     mkdir -p "$stage/payload"
     if [ -d "$src/payload/$id" ]; then cp -Rp "$src/payload/$id/." "$stage/payload/"; fi
-    cp -p "$stage/$program" "$stage/app.ico" "$stage/payload/"
-    if [ -f "$stage/en-US.dic" ]; then cp -p "$stage/en-US.dic" "$stage/payload/"; fi
+    # What several samples install alike (the spelling engine in Common Files).
+    cp -Rp "$src/payload/shared" "$stage/payload/"
+    cp -p "$stage/$program" "$stage/app.ico" ${extras[@]+"${extras[@]}"} "$stage/payload/"
     case $source in
       *.nsi)
         makensis -V2 -DPAYLOAD="$stage/payload" -DOUTFILE="$target.tmp" "$src/$source" >/dev/null

@@ -1,9 +1,10 @@
 #!/usr/bin/env bash
 # Installs the sample programs silently into a prefix made by wine-prefix.sh:
 #
-#   install-fixtures.sh PREFIX_DIR FIXTURE_DIR
+#   install-fixtures.sh PREFIX_DIR FIXTURE_DIR [ID...]
 #
-# FIXTURE_DIR is what build-fixtures.sh made. The installers are copied to
+# FIXTURE_DIR is what build-fixtures.sh made; given IDs (first column of
+# samples.tsv), only those samples are installed. The installers are copied to
 # C:\varnel-fixtures\ and run in the order of samples.tsv (NSIS with /S, the MSI
 # with msiexec /qn); `wine` returns only when the installer process has ended.
 # Then every program is started once with --first-run, as a user would, so it
@@ -14,9 +15,11 @@ set -euo pipefail
 
 die() { echo "install-fixtures: $*" >&2; exit 2; }
 
-[ $# -eq 2 ] || die "usage: $0 PREFIX_DIR FIXTURE_DIR"
+[ $# -ge 2 ] || die "usage: $0 PREFIX_DIR FIXTURE_DIR [ID...]"
 dir=$1
 fixtures=$2
+shift 2
+only=("$@")
 [ -f "$dir/env" ] || die "$dir is not a prefix made by wine-prefix.sh"
 [ -f "$fixtures/samples.tsv" ] || die "$fixtures has no samples.tsv (run tools/build-fixtures.sh)"
 dir=$(cd "$dir" && pwd -P)
@@ -48,8 +51,14 @@ packed_guid() {
 
 mkdir -p "$drive_c/varnel-fixtures"
 failed=0
-mapfile -t samples < <(grep -v '^#' "$fixtures/samples.tsv" | grep -v '^$')
-[ ${#samples[@]} -gt 0 ] || die "samples.tsv lists no samples"
+mapfile -t listed < <(grep -v '^#' "$fixtures/samples.tsv" | grep -v '^$')
+samples=()
+for line in "${listed[@]}"; do
+  if [ ${#only[@]} -eq 0 ] || [[ " ${only[*]} " == *" ${line%%$'\t'*} "* ]]; then
+    samples+=("$line")
+  fi
+done
+[ ${#samples[@]} -gt 0 ] || die "samples.tsv lists no samples${only[*]:+ named ${only[*]}}"
 
 for line in "${samples[@]}"; do
   IFS=$'\t' read -r id installer _ <<<"$line"

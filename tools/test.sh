@@ -140,7 +140,7 @@ begin "host build (ASan/UBSan) and tests"
 if quiet "$host_dir/configure.log" cmake -S . -B "$host_dir" -G Ninja -DVARNEL_SANITIZE=ON \
   && quiet "$host_dir/build.log" cmake --build "$host_dir" -j"$jobs"; then
   (cd "$host_dir" && ctest -V -j"$jobs" --timeout 600) >"$host_dir/ctest.log" 2>&1
-  summarize_ctest host "$host_dir/ctest.log" unit platform xml
+  summarize_ctest host "$host_dir/ctest.log" unit platform xml language_files
 else
   note "host     build          FAILED"
   fail_count 1
@@ -192,7 +192,7 @@ if [ -n "$libxml2_root" ] \
   elif quiet "$win_dir/prefix.log" bash tools/wine-prefix.sh create "$prefix_dir"; then
     (cd "$win_dir" && VARNEL_WINE_DIR=$prefix_dir VARNEL_WINE_TIMEOUT=300 ctest -V -j"$jobs" --timeout 400) \
       >"$win_dir/ctest.log" 2>&1
-    summarize_ctest wine "$win_dir/ctest.log" unit platform sandbox xml bench scan_bench e2e
+    summarize_ctest wine "$win_dir/ctest.log" unit platform sandbox xml bench scan_bench e2e scan_e2e gui
   else
     note "wine     prefix         FAILED  could not make the Wine prefix"
     fail_count 1

@@ -20,6 +20,8 @@ import os
 import sys
 from decimal import ROUND_HALF_UP, Decimal
 
+from e2e_common import Checks, load_samples, read_text
+
 UNINSTALL_PATH = "\\SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Uninstall"
 ROOT_NAMES = {"HKLM": "HKEY_LOCAL_MACHINE", "HKCU": "HKEY_CURRENT_USER"}
 FIELDS = {
@@ -31,36 +33,6 @@ FIELDS = {
 MONTHS = ["January", "February", "March", "April", "May", "June", "July", "August",
           "September", "October", "November", "December"]
 DAYS = ["Monday", "Tuesday", "Wednesday", "Thursday", "Friday", "Saturday", "Sunday"]
-
-
-class Checks:
-    def __init__(self):
-        self.total = 0
-        self.failed = 0
-
-    def check(self, name, ok, detail=""):
-        self.total += 1
-        if ok:
-            print(f"ok {name}")
-        else:
-            self.failed += 1
-            print(f"FAILED {name}" + (f": {detail}" if detail else ""))
-        return ok
-
-    def summary(self):
-        passed = self.total - self.failed
-        print(f"[  PASSED  ] {passed} checks.")
-        if self.failed:
-            print(f"[  FAILED  ] {self.failed} of {self.total} checks.")
-        return 1 if self.failed else 0
-
-
-def read_text(path):
-    try:
-        with open(path, encoding="utf-8", errors="replace") as f:
-            return f.read()
-    except OSError:
-        return ""
 
 
 def parse_reg_query(text):
@@ -158,17 +130,6 @@ def folder_size(drive_c, path):
         for name in files:
             total += os.path.getsize(os.path.join(folder, name))
     return total
-
-
-def load_samples(record):
-    samples = []
-    for line in read_text(os.path.join(record, "samples.tsv")).splitlines():
-        if not line or line.startswith("#"):
-            continue
-        cols = line.split("\t")
-        samples.append({"id": cols[0], "installer": cols[1], "root": cols[3], "key": cols[5],
-                        "name": cols[7]})
-    return samples
 
 
 def expected_records(record, samples, picture):

@@ -14,43 +14,18 @@ set -uo pipefail
 [ $# -eq 2 ] || { echo "usage: $0 CLI_EXE FIXTURE_DIR" >&2; exit 2; }
 cli=$1
 fixtures=$2
-here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
-tools=$(cd "$here/../../tools" && pwd)
+label=list_e2e
 timeout_s=${VARNEL_E2E_TIMEOUT:-120}
-
-# A failure before the checks counts as one failed check, in the summary form
-# that tools/test.sh reads.
-die() {
-  echo "FAILED $*"
-  echo "[  FAILED  ] 1 of 1 checks."
-  exit 1
-}
+. "$(dirname "${BASH_SOURCE[0]}")/e2e_common.sh"
+here=$e2e_here
+tools=$e2e_tools
 
 [ -f "$cli" ] || die "$cli not found"
 bash "$tools/build-fixtures.sh" "$fixtures" || die "the samples could not be built"
 
-dir=$(mktemp -d "${TMPDIR:-/tmp}/varnel-e2e.XXXXXX")
-work=$dir/record
-cleanup() {
-  if [ "${VARNEL_E2E_KEEP:-0}" = 1 ]; then
-    # A running server would hold the caller's output open.
-    "$dir/bin/wineserver" -k >/dev/null 2>&1
-    echo "list_e2e: kept $dir"
-  else
-    bash "$tools/wine-prefix.sh" destroy "$dir" >/dev/null 2>&1 || rm -rf "$dir"
-  fi
-}
-trap cleanup EXIT
-trap 'exit 130' INT TERM
-
-bash "$tools/wine-prefix.sh" create "$dir" || die "could not make the prefix"
-drive_c=$dir/prefix/drive_c
+e2e_make_prefix
+e2e_start_display
 mkdir -p "$work/reg"
-
-in_prefix() {
-  rm -f "$dir/prefix/dosdevices/z:" "$dir/prefix/dosdevices/z::"
-  (cd "$drive_c" && timeout -k 10 "$timeout_s" "$dir/bin/wine" "$@")
-}
 
 # Day before month and a comma for decimals: output that merely copies Wine's
 # en-US defaults cannot pass.
@@ -76,13 +51,6 @@ in_prefix reg query 'HKLM\Software\Classes\Installer\Products' /s /reg:64 2>/dev
   >"$work/installer-products.txt"
 
 cp -f "$cli" "$drive_c/varnel-cli.exe"
-run_cli() {
-  local name=$1
-  shift
-  in_prefix 'C:\varnel-cli.exe' "$@" >"$work/$name.out" 2>"$work/$name.err"
-  echo $? >"$work/$name.rc"
-  sed -i 's/\r$//' "$work/$name.out" "$work/$name.err"
-}
 run_cli list list --json
 run_cli list2 list --json
 run_cli all list --json --all

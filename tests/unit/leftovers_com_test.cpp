@@ -259,6 +259,21 @@ TEST_F(LeftoverComTest, SharedClassesAndExtensionsLoseOnlyTheProgramsEntries) {
   EXPECT_TRUE(Has(Key(HKCU, L"\\Software\\Classes\\Acme.Note")));
 }
 
+TEST_F(LeftoverComTest, AHandlerWhoseClassIsGoneDoesNotMakeAClassShared) {
+  const std::wstring exe = L"\"" + kFolder + L"\\writer.exe\" \"%1\"";
+  const std::wstring gone = L"{0E2F2D5C-0000-4000-8000-000000000001}";
+  const std::wstring other = L"{0E2F2D5C-0000-4000-8000-000000000002}";
+  Class(other, L"C:\\Program Files\\Zipper\\zip.dll");
+  for (const wchar_t* name : {L"Acme.Old", L"Acme.Mixed"})
+    Set(HKLM, kClasses + name + L"\\shell\\open\\command", L"", exe);
+  Set(HKLM, kClasses + L"Acme.Old\\shellex\\ContextMenuHandlers\\Writer", L"", gone);
+  Set(HKLM, kClasses + L"Acme.Mixed\\shellex\\ContextMenuHandlers\\Zip", L"", other);
+  Full();
+  EXPECT_TRUE(Has(Key(HKLM, kClasses + L"Acme.Old")));
+  EXPECT_FALSE(Has(Key(HKLM, kClasses + L"Acme.Mixed")));
+  EXPECT_TRUE(Has(Key(HKLM, kClasses + L"Acme.Mixed\\shell\\open")));
+}
+
 TEST_F(LeftoverComTest, AStopInTheClassLoopEndsItAtTheNextClass) {
   for (const auto& id : {kA, kB}) Class(id, kFolder + L"\\writer.dll");
   Set(HKLM, kVersion + L"Run", L"writer", kFolder + L"\\writer.exe");

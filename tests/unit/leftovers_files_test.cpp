@@ -132,7 +132,10 @@ TEST_F(LeftoverFilesTest, DesktopShortcutsIntoTheFolderAreFoundAndBrokenOnesPass
   w.m.files.AddFile(L"C:\\Program Files\\Acme\\Writer2\\w.exe", "MZ");
   w.m.files.AddFile(publicDesktop + L"\\Writer folder.lnk",
                     LinkTo("C:\\Program Files\\Acme\\Writer"));
+  // What an uninstaller typically leaves: a link whose target it removed.
+  w.m.files.AddFile(desktop + L"\\Gone.lnk", LinkTo("C:\\Program Files\\Acme\\Writer\\gone.exe"));
   auto all = FilesOnly();
+  EXPECT_TRUE(ScanWorld::Has(all, desktop + L"\\Gone.lnk"));
   ASSERT_TRUE(ScanWorld::Has(all, desktop + L"\\Writer.lnk"));
   EXPECT_TRUE(ScanWorld::Has(all, publicDesktop + L"\\Writer folder.lnk"));
   EXPECT_FALSE(ScanWorld::Has(all, desktop + L"\\Sub\\Writer.lnk"));

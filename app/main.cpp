@@ -1,0 +1,70 @@
+// VarnelUninstaller.exe: one instance per session; a second start brings the
+// first to the front and ends.
+#include <windows.h>
+
+#include <commctrl.h>
+#include <objbase.h>
+#include <shellapi.h>
+
+#include <string>
+#include <vector>
+
+#include "platform/win32/win32_platform.h"
+#include "ui/forms/application.h"
+#include "ui/forms/main_form.h"
+#include "ui/forms/shell_forms.h"
+
+namespace {
+
+std::vector<std::wstring> Arguments() {
+  int count = 0;
+  LPWSTR* argv = CommandLineToArgvW(GetCommandLineW(), &count);
+  std::vector<std::wstring> args;
+  for (int i = 1; argv && i < count; ++i) args.emplace_back(argv[i]);
+  if (argv) LocalFree(argv);
+  return args;
+}
+
+void ActivateRunningInstance() {
+  HWND running = FindWindowW(L"TUninstallForm_Main", nullptr);
+  if (!running) return;
+  if (IsIconic(running)) PostMessageW(running, WM_SYSCOMMAND, SC_RESTORE, 0);
+  SetForegroundWindow(running);
+  SendMessageW(running, varnel::forms::WM_ACTIVATE_INSTANCE, varnel::forms::kActivateWParam,
+               varnel::forms::kActivateLParam);
+}
+
+}  // namespace
+
+int WINAPI wWinMain(HINSTANCE, HINSTANCE, PWSTR, int) {
+  // Never released or closed: it marks the instance for the process's life.
+  HANDLE mutex = CreateMutexW(nullptr, TRUE, L"_Varnel_Uninstaller_");
+  if (GetLastError() == ERROR_ALREADY_EXISTS) {
+    ActivateRunningInstance();
+    return 0;
+  }
+  (void)mutex;
+
+  INITCOMMONCONTROLSEX common{sizeof common, ICC_WIN95_CLASSES | ICC_STANDARD_CLASSES |
+                                                 ICC_LINK_CLASS};
+  InitCommonControlsEx(&common);
+  const HRESULT com = CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED | COINIT_DISABLE_OLE1DDE);
+  int code = 0;
+  try {
+    varnel::win32::Win32Platform machine;
+    varnel::forms::TApplication app(machine.Get(), Arguments());
+    // Created once, in this order, and kept until the end.
+    varnel::forms::TUninstallForm_Main main(app);
+    varnel::forms::TUninstalling_Form uninstalling(app);
+    varnel::forms::TForceUninstall_Form force(app);
+    varnel::forms::TPowerScan_Form scan(app);
+    varnel::forms::TLogManager_Form logs(app);
+    main.SetPeers(uninstalling, force, scan, logs);
+    main.Show();
+    app.Run(main.Handle());
+  } catch (...) {
+    code = 0;
+  }
+  if (SUCCEEDED(com)) CoUninitialize();
+  return code;
+}

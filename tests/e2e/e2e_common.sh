@@ -1,0 +1,79 @@
+# Shared by the end-to-end scripts; sourced, not run. The caller sets `label`
+# (the script's name in messages) and `timeout_s` (limit of one Windows command).
+
+e2e_here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
+e2e_tools=$(cd "$e2e_here/../../tools" && pwd)
+
+# A failure before the checks counts as one failed check, in the summary form
+# that tools/test.sh reads.
+die() {
+  echo "FAILED $*"
+  echo "[  FAILED  ] 1 of 1 checks."
+  exit 1
+}
+
+# Makes a fresh sandboxed prefix: sets dir, drive_c and work (the record folder)
+# and arranges for both to go when the script ends, unless VARNEL_E2E_KEEP=1.
+e2e_make_prefix() {
+  dir=$(mktemp -d "${TMPDIR:-/tmp}/varnel-$label.XXXXXX")
+  work=$dir/record
+  trap e2e_cleanup EXIT
+  trap 'exit 130' INT TERM
+  bash "$e2e_tools/wine-prefix.sh" create "$dir" || die "could not make the prefix"
+  # A new prefix comes up with two service managers, and the COM service then
+  # never starts: every installer that makes a shortcut waits 10 s for it. A
+  # restarted server brings up one. (Not in wine-prefix.sh: there the services
+  # would next be started by whichever test runs first, holding its output open.)
+  "$dir/bin/wineserver" -k && timeout 20 "$dir/bin/wineserver" -w && "$dir/bin/wineserver" -p ||
+    die "could not restart the wineserver"
+  drive_c=$dir/prefix/drive_c
+  mkdir -p "$work"
+}
+
+e2e_cleanup() {
+  if [ "${VARNEL_E2E_KEEP:-0}" = 1 ]; then
+    # A running server would hold the caller's output open.
+    "$dir/bin/wineserver" -k >/dev/null 2>&1
+    timeout 20 "$dir/bin/wineserver" -w >/dev/null 2>&1
+    echo "$label: kept $dir"
+  else
+    bash "$e2e_tools/wine-prefix.sh" destroy "$dir" >/dev/null 2>&1 || rm -rf "$dir"
+  fi
+  # Only now: Wine's processes complain when their display goes first.
+  if [ -n "${e2e_xvfb_pid:-}" ]; then kill "$e2e_xvfb_pid" 2>/dev/null; fi
+}
+
+# Without a display, every installer and uninstaller that touches the shell
+# waits seconds for one; a private Xvfb server spares that.
+e2e_start_display() {
+  [ -z "${DISPLAY:-}" ] || return 0
+  command -v Xvfb >/dev/null || return 0
+  local numfile=$work/xvfb.display
+  Xvfb -displayfd 5 -screen 0 1024x768x24 -nolisten tcp 5>"$numfile" >"$work/xvfb.log" 2>&1 &
+  e2e_xvfb_pid=$!
+  local _
+  for _ in $(seq 50); do
+    if [ -s "$numfile" ]; then
+      DISPLAY=":$(head -n1 "$numfile")"
+      export DISPLAY
+      return 0
+    fi
+    sleep 0.1
+  done
+}
+
+# Runs a Windows command in the prefix's sandbox from C:\, never with a Z: drive.
+in_prefix() {
+  rm -f "$dir/prefix/dosdevices/z:" "$dir/prefix/dosdevices/z::"
+  (cd "$drive_c" && timeout -k 10 "$timeout_s" "$dir/bin/wine" "$@")
+}
+
+# run_cli NAME ARGS...: C:\varnel-cli.exe ARGS, its output in work/NAME.out,
+# NAME.err and its exit code in NAME.rc.
+run_cli() {
+  local name=$1
+  shift
+  in_prefix 'C:\varnel-cli.exe' "$@" >"$work/$name.out" 2>"$work/$name.err"
+  echo $? >"$work/$name.rc"
+  sed -i 's/\r$//' "$work/$name.out" "$work/$name.err"
+}

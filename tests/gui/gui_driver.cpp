@@ -1,0 +1,261 @@
+#include "tests/gui/gui_driver.h"
+
+#include <commctrl.h>
+
+#include <utility>
+
+namespace varnel::guitest {
+
+namespace {
+constexpr std::size_t kTextChars = 1024;
+}
+
+bool WaitUntil(const std::function<bool()>& done, std::chrono::milliseconds limit) {
+  const auto end = std::chrono::steady_clock::now() + limit;
+  while (!done()) {
+    if (std::chrono::steady_clock::now() > end) return false;
+    // Wakes on any message to this thread, else re-asks after a short beat.
+    MsgWaitForMultipleObjects(0, nullptr, FALSE, 10, QS_ALLINPUT);
+    MSG message;
+    while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) DispatchMessageW(&message);
+  }
+  return true;
+}
+
+std::wstring WindowText(HWND window) {
+  wchar_t buffer[2048] = {};
+  SendMessageTimeoutW(window, WM_GETTEXT, 2048, reinterpret_cast<LPARAM>(buffer), SMTO_NORMAL,
+                      10000, nullptr);
+  return buffer;
+}
+
+Program::~Program() {
+  if (process_) {
+    if (WaitForSingleObject(process_, 0) == WAIT_TIMEOUT) {
+      Close();
+      if (WaitForSingleObject(process_, 0) == WAIT_TIMEOUT) TerminateProcess(process_, 1);
+    }
+    CloseHandle(process_);
+  }
+}
+
+bool Program::Start(const std::wstring& exe, const std::wstring& args) {
+  std::wstring command = L"\"" + exe + L"\" " + args;
+  STARTUPINFOW startup{};
+  startup.cb = sizeof startup;
+  PROCESS_INFORMATION info{};
+  if (!CreateProcessW(exe.c_str(), command.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr,
+                      &startup, &info))
+    return false;
+  CloseHandle(info.hThread);
+  process_ = info.hProcess;
+  pid_ = info.dwProcessId;
+  return true;
+}
+
+HWND Program::FindOwnWindow(const wchar_t* className) const {
+  struct Search {
+    DWORD pid;
+    const wchar_t* cls;
+    HWND found;
+  } search{pid_, className, nullptr};
+  EnumWindows(
+      [](HWND hwnd, LPARAM param) -> BOOL {
+        auto* s = reinterpret_cast<Search*>(param);
+        DWORD pid = 0;
+        GetWindowThreadProcessId(hwnd, &pid);
+        wchar_t cls[256] = {};
+        GetClassNameW(hwnd, cls, 256);
+        if (pid == s->pid && lstrcmpW(cls, s->cls) == 0) {
+          s->found = hwnd;
+          return FALSE;
+        }
+        return TRUE;
+      },
+      reinterpret_cast<LPARAM>(&search));
+  return search.found;
+}
+
+bool Program::WaitForList(int rows) {
+  const bool shown = WaitUntil([&] {
+    main_ = FindOwnWindow(L"TUninstallForm_Main");
+    return main_ && IsWindowVisible(main_);
+  });
+  if (!shown) return false;
+  return WaitUntil([&] {
+    RECT dirty;
+    return RowCount() == rows && !GetUpdateRect(List(), &dirty, FALSE);
+  });
+}
+
+int Program::Close() {
+  if (main_) PostMessageW(main_, WM_CLOSE, 0, 0);
+  if (WaitForSingleObject(process_, 30000) != WAIT_OBJECT_0) return -1;
+  DWORD code = 1;
+  GetExitCodeProcess(process_, &code);
+  return static_cast<int>(code);
+}
+
+bool Program::Remote(void* local, std::size_t size,
+                     const std::function<void(void*)>& send) const {
+  // Room for the structure and a text buffer behind it.
+  const std::size_t total = size + kTextChars * sizeof(wchar_t);
+  void* remote = VirtualAllocEx(process_, nullptr, total, MEM_COMMIT, PAGE_READWRITE);
+  if (!remote) return false;
+  bool ok = WriteProcessMemory(process_, remote, local, size, nullptr) != FALSE;
+  if (ok) {
+    send(remote);
+    ok = ReadProcessMemory(process_, remote, local, size, nullptr) != FALSE;
+  }
+  VirtualFreeEx(process_, remote, 0, MEM_RELEASE);
+  return ok;
+}
+
+int Program::RowCount() const {
+  DWORD_PTR count = 0;
+  if (!SendMessageTimeoutW(List(), LVM_GETITEMCOUNT, 0, 0, SMTO_NORMAL, 10000, &count)) return -1;
+  return static_cast<int>(count);
+}
+
+std::wstring Program::Cell(int row, int column) const {
+  struct Block {
+    LVITEMW item;
+    wchar_t text[kTextChars];
+  } block{};
+  std::wstring result;
+  void* remote = VirtualAllocEx(process_, nullptr, sizeof block, MEM_COMMIT, PAGE_READWRITE);
+  if (!remote) return result;
+  block.item.iSubItem = column;
+  block.item.cchTextMax = kTextChars;
+  block.item.pszText = reinterpret_cast<Block*>(remote)->text;
+  if (WriteProcessMemory(process_, remote, &block, sizeof block, nullptr)) {
+    DWORD_PTR length = 0;
+    SendMessageTimeoutW(List(), LVM_GETITEMTEXTW, row, reinterpret_cast<LPARAM>(remote),
+                        SMTO_NORMAL, 10000, &length);
+    if (ReadProcessMemory(process_, remote, &block, sizeof block, nullptr)) {
+      block.text[kTextChars - 1] = 0;
+      result = block.text;
+    }
+  }
+  VirtualFreeEx(process_, remote, 0, MEM_RELEASE);
+  return result;
+}
+
+int Program::GroupOf(int row) const {
+  DWORD_PTR group = 0;
+  SendMessageTimeoutW(main_, 0x8002, row, 0, SMTO_NORMAL, 10000, &group);
+  return static_cast<int>(group);
+}
+
+std::wstring Program::ColumnText(int column) const {
+  struct Block {
+    LVCOLUMNW column;
+    wchar_t text[kTextChars];
+  } block{};
+  std::wstring result;
+  void* remote = VirtualAllocEx(process_, nullptr, sizeof block, MEM_COMMIT, PAGE_READWRITE);
+  if (!remote) return result;
+  block.column.mask = LVCF_TEXT;
+  block.column.cchTextMax = kTextChars;
+  block.column.pszText = reinterpret_cast<Block*>(remote)->text;
+  if (WriteProcessMemory(process_, remote, &block, sizeof block, nullptr)) {
+    SendMessageTimeoutW(List(), LVM_GETCOLUMNW, column, reinterpret_cast<LPARAM>(remote),
+                        SMTO_NORMAL, 10000, nullptr);
+    if (ReadProcessMemory(process_, remote, &block, sizeof block, nullptr)) {
+      block.text[kTextChars - 1] = 0;
+      result = block.text;
+    }
+  }
+  VirtualFreeEx(process_, remote, 0, MEM_RELEASE);
+  return result;
+}
+
+int Program::SortArrow(int column) const {
+  HWND header = reinterpret_cast<HWND>(SendMessageW(List(), LVM_GETHEADER, 0, 0));
+  HDITEMW item{};
+  item.mask = HDI_FORMAT;
+  Remote(&item, sizeof item, [&](void* remote) {
+    SendMessageTimeoutW(header, HDM_GETITEMW, column, reinterpret_cast<LPARAM>(remote),
+                        SMTO_NORMAL, 10000, nullptr);
+  });
+  return item.fmt & (HDF_SORTUP | HDF_SORTDOWN);
+}
+
+void Program::SelectRow(int row) {
+  LVITEMW item{};
+  item.stateMask = LVIS_SELECTED | LVIS_FOCUSED;
+  item.state = LVIS_SELECTED | LVIS_FOCUSED;
+  Remote(&item, sizeof item, [&](void* remote) {
+    SendMessageTimeoutW(List(), LVM_SETITEMSTATE, row, reinterpret_cast<LPARAM>(remote),
+                        SMTO_NORMAL, 10000, nullptr);
+  });
+}
+
+int Program::SelectedRow() const {
+  DWORD_PTR row = static_cast<DWORD_PTR>(-1);
+  SendMessageTimeoutW(List(), LVM_GETNEXTITEM, static_cast<WPARAM>(-1), LVNI_SELECTED,
+                      SMTO_NORMAL, 10000, &row);
+  return static_cast<int>(static_cast<LONG_PTR>(row));
+}
+
+void Program::ClickColumn(int column) {
+  // A real click on the header item, in the header's own coordinates.
+  HWND header = reinterpret_cast<HWND>(SendMessageW(List(), LVM_GETHEADER, 0, 0));
+  RECT item{};
+  Remote(&item, sizeof item, [&](void* remote) {
+    SendMessageTimeoutW(header, HDM_GETITEMRECT, column, reinterpret_cast<LPARAM>(remote),
+                        SMTO_NORMAL, 10000, nullptr);
+  });
+  const LPARAM at = MAKELPARAM((item.left + item.right) / 2, (item.top + item.bottom) / 2);
+  SendMessageTimeoutW(header, WM_LBUTTONDOWN, MK_LBUTTON, at, SMTO_NORMAL, 10000, nullptr);
+  SendMessageTimeoutW(header, WM_LBUTTONUP, 0, at, SMTO_NORMAL, 10000, nullptr);
+  SendMessageTimeoutW(main_, WM_NULL, 0, 0, SMTO_NORMAL, 10000, nullptr);
+}
+
+std::vector<std::wstring> Program::Captions() const {
+  std::vector<std::wstring> out;
+  for (int i = 0, n = RowCount(); i < n; ++i) out.push_back(Cell(i, 0));
+  return out;
+}
+
+int Program::RowWithSubItem(int subItem, const std::wstring& text) const {
+  for (int i = 0, n = RowCount(); i < n; ++i)
+    if (Cell(i, subItem + 1) == text) return i;
+  return -1;
+}
+
+void Program::Command(int id, bool post) {
+  if (post) {
+    PostMessageW(main_, WM_COMMAND, MAKEWPARAM(id, 0), 0);
+  } else {
+    SendMessageTimeoutW(main_, WM_COMMAND, MAKEWPARAM(id, 0), 0, SMTO_NORMAL, 30000, nullptr);
+  }
+}
+
+HWND Program::WaitForDialog() {
+  HWND found = nullptr;
+  WaitUntil([&] {
+    struct Search {
+      HWND owner;
+      HWND found;
+    } search{main_, nullptr};
+    EnumWindows(
+        [](HWND hwnd, LPARAM param) -> BOOL {
+          auto* s = reinterpret_cast<Search*>(param);
+          wchar_t cls[64] = {};
+          GetClassNameW(hwnd, cls, 64);
+          if (lstrcmpW(cls, L"#32770") == 0 && GetWindow(hwnd, GW_OWNER) == s->owner &&
+              IsWindowVisible(hwnd)) {
+            s->found = hwnd;
+            return FALSE;
+          }
+          return TRUE;
+        },
+        reinterpret_cast<LPARAM>(&search));
+    found = search.found;
+    return found != nullptr;
+  });
+  return found;
+}
+
+}  // namespace varnel::guitest

@@ -1,0 +1,70 @@
+#pragma once
+
+#include <windows.h>
+
+#include <chrono>
+#include <functional>
+#include <string>
+#include <vector>
+
+// Starts VarnelUninstaller.exe and reads and drives its windows from outside,
+// as a user's tools would: by window messages, with the list view's texts
+// read through a buffer in the program's own memory.
+namespace varnel::guitest {
+
+// Waits until `done` holds, asking again whenever a message or `interval`
+// passes; false after `limit`.
+bool WaitUntil(const std::function<bool()>& done,
+               std::chrono::milliseconds limit = std::chrono::seconds(30));
+
+class Program {
+ public:
+  Program() = default;
+  ~Program();
+  Program(const Program&) = delete;
+  Program& operator=(const Program&) = delete;
+
+  // Starts the program with `args`; false when it cannot be started.
+  bool Start(const std::wstring& exe, const std::wstring& args = L"");
+  // Waits for the main window and its first filled, painted list.
+  bool WaitForList(int rows);
+  // WM_CLOSE to the main window, then waits for the exit; the exit code.
+  int Close();
+  DWORD Pid() const { return pid_; }
+  HANDLE Process() const { return process_; }
+
+  HWND Main() const { return main_; }
+  HWND Control(int id) const { return GetDlgItem(main_, id); }
+  HWND List() const { return Control(1020); }
+
+  int RowCount() const;
+  std::wstring Cell(int row, int column) const;
+  int GroupOf(int row) const;
+  std::wstring ColumnText(int column) const;
+  // HDF_SORTUP, HDF_SORTDOWN or 0.
+  int SortArrow(int column) const;
+  void SelectRow(int row);
+  int SelectedRow() const;
+  void ClickColumn(int column);
+  // The captions of every row, in list order.
+  std::vector<std::wstring> Captions() const;
+  int RowWithSubItem(int subItem, const std::wstring& text) const;
+
+  // WM_COMMAND to the main window, sent (returns after it ran) or posted.
+  void Command(int id, bool post = false);
+  // A top-level dialog owned by the main window (message box, file dialog).
+  HWND WaitForDialog();
+  // A top-level window of this process with the class.
+  HWND FindOwnWindow(const wchar_t* className) const;
+
+ private:
+  bool Remote(void* local, std::size_t size, const std::function<void(void*)>& send) const;
+
+  HANDLE process_ = nullptr;
+  DWORD pid_ = 0;
+  HWND main_ = nullptr;
+};
+
+std::wstring WindowText(HWND window);
+
+}  // namespace varnel::guitest

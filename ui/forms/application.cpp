@@ -1,0 +1,106 @@
+#include "ui/forms/application.h"
+
+#include <cxxabi.h>
+
+#include <cstdlib>
+#include <memory>
+#include <typeinfo>
+
+#include "controls/exception_sink.h"
+#include "core/text.h"
+#include "ui/error_log.h"
+
+namespace varnel::forms {
+
+namespace {
+
+// The readable class name of what was thrown.
+std::wstring TypeName(const std::type_info& type) {
+  int status = 0;
+  std::unique_ptr<char, void (*)(void*)> name(
+      abi::__cxa_demangle(type.name(), nullptr, nullptr, &status), std::free);
+  return text::FromUtf8(status == 0 && name ? name.get() : type.name());
+}
+
+}  // namespace
+
+TApplication::TApplication(const Platform& platform, std::vector<std::wstring> args)
+    : platform_(platform), args_(std::move(args)) {
+  icon_ = LoadIconW(GetModuleHandleW(nullptr), MAKEINTRESOURCEW(1));
+  if (!icon_) icon_ = LoadIconW(nullptr, IDI_APPLICATION);
+  ACCEL keys[] = {
+      {FVIRTKEY, VK_F5, static_cast<WORD>(Shortcut::Refresh)},
+      {FVIRTKEY | FCONTROL, 'F', static_cast<WORD>(Shortcut::Search)},
+  };
+  shortcuts_.reset(CreateAcceleratorTableW(keys, 2));
+  controls::SetExceptionSink([this](std::exception_ptr error) { HandleException(error); });
+}
+
+TApplication::~TApplication() { controls::SetExceptionSink({}); }
+
+void TApplication::HandleException(std::exception_ptr error) noexcept {
+  try {
+    std::rethrow_exception(error);
+  } catch (const std::exception& e) {
+    AppendErrorReport(platform_, TypeName(typeid(e)), text::FromUtf8(e.what()));
+  } catch (...) {
+    const std::type_info* type = abi::__cxa_current_exception_type();
+    AppendErrorReport(platform_, type ? TypeName(*type) : L"unknown", L"");
+  }
+}
+
+bool TApplication::Dispatch(MSG& message, HWND main) {
+  HWND top = message.hwnd ? GetAncestor(message.hwnd, GA_ROOT) : nullptr;
+  if (main && top == main && shortcuts_ &&
+      TranslateAcceleratorW(main, shortcuts_.get(), &message))
+    return true;
+  // Tab, Enter and the arrows between the controls of whichever window has them.
+  if (top && IsDialogMessageW(top, &message)) return true;
+  TranslateMessage(&message);
+  DispatchMessageW(&message);
+  return true;
+}
+
+int TApplication::Run(HWND main) {
+  main_ = main;
+  MSG message;
+  while (GetMessageW(&message, nullptr, 0, 0) > 0) {
+    try {
+      Dispatch(message, main_);
+    } catch (...) {
+      HandleException(std::current_exception());
+    }
+  }
+  main_ = nullptr;
+  return 0;
+}
+
+void TApplication::RunUntil(HWND window, const bool& done) {
+  MSG message;
+  while (!done && IsWindow(window)) {
+    const BOOL got = GetMessageW(&message, nullptr, 0, 0);
+    if (got <= 0) {
+      // Hand the quit on to the outer loop.
+      if (got == 0) PostQuitMessage(static_cast<int>(message.wParam));
+      return;
+    }
+    try {
+      Dispatch(message, main_);
+    } catch (...) {
+      HandleException(std::current_exception());
+    }
+  }
+}
+
+void TApplication::ProcessMessages() {
+  MSG message;
+  while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
+    if (message.message == WM_QUIT) {
+      PostQuitMessage(static_cast<int>(message.wParam));
+      return;
+    }
+    Dispatch(message, main_);
+  }
+}
+
+}  // namespace varnel::forms

@@ -1,0 +1,64 @@
+#pragma once
+
+#include <windows.h>
+
+#include <exception>
+#include <string>
+#include <vector>
+
+#include "controls/handles.h"
+#include "inventory/gui_dispatcher.h"
+#include "platform/platform.h"
+
+namespace varnel::forms {
+
+// The private message a second start sends the running one.
+constexpr UINT WM_ACTIVATE_INSTANCE = WM_USER + 0x9F;
+constexpr WPARAM kActivateWParam = 0x9B8B;
+constexpr LPARAM kActivateLParam = 0x2540;
+// Posted to the main window when the analysis thread waits for a hand-over.
+constexpr UINT WM_DRAIN_HANDOVERS = WM_APP + 1;
+
+// Command ids of the keyboard shortcuts, handled by the main window.
+namespace Shortcut {
+constexpr UINT Refresh = 0x7F01;
+constexpr UINT Search = 0x7F02;
+}  // namespace Shortcut
+
+// What every window shares: the machine, the GUI-thread hand-over queue,
+// the command line, the program icon, the message loop and the one
+// exception handler, which writes "Error_Log.txt" and goes on.
+class TApplication {
+ public:
+  TApplication(const Platform& platform, std::vector<std::wstring> args);
+  ~TApplication();
+  TApplication(const TApplication&) = delete;
+  TApplication& operator=(const TApplication&) = delete;
+
+  const Platform& Machine() const { return platform_; }
+  TGuiDispatcher& Dispatcher() { return dispatcher_; }
+  const std::vector<std::wstring>& Args() const { return args_; }
+  HICON Icon() const { return icon_; }
+  std::wstring Title() const { return L"Varnel Uninstaller"; }
+
+  void HandleException(std::exception_ptr error) noexcept;
+
+  // Runs until WM_QUIT; keyboard shortcuts go to `main`.
+  int Run(HWND main);
+  // Runs the loop until `done` holds; used by modal windows.
+  void RunUntil(HWND window, const bool& done);
+  // Lets every message that waits now run.
+  void ProcessMessages();
+
+ private:
+  bool Dispatch(MSG& message, HWND main);
+
+  Platform platform_;
+  std::vector<std::wstring> args_;
+  TGuiDispatcher dispatcher_;
+  HICON icon_ = nullptr;  // a shared resource icon; not destroyed
+  controls::UniqueAccel shortcuts_;
+  HWND main_ = nullptr;
+};
+
+}  // namespace varnel::forms

@@ -1,0 +1,132 @@
+#pragma once
+
+#include <windows.h>
+
+#include <memory>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "controls/base_window.h"
+#include "controls/button.h"
+#include "controls/edit.h"
+#include "controls/handles.h"
+#include "controls/image_list.h"
+#include "controls/label.h"
+#include "controls/list_view.h"
+#include "controls/menu.h"
+#include "inventory/inventory_view.h"
+#include "inventory/software_info.h"
+#include "ui/forms/application.h"
+#include "ui/forms/form_texts.h"
+#include "ui/list_export.h"
+#include "ui/main_window_state.h"
+#include "ui/software_rows.h"
+
+namespace varnel::forms {
+
+class TUninstalling_Form;
+class TForceUninstall_Form;
+class TPowerScan_Form;
+class TLogManager_Form;
+
+// The main window: the inventory in one list, six categories, search, sort,
+// the details panel and the commands on a program.
+class TUninstallForm_Main : public controls::BaseWindow<TUninstallForm_Main>,
+                            public IInventoryView {
+ public:
+  explicit TUninstallForm_Main(TApplication& app);
+  ~TUninstallForm_Main() override;
+
+  // The windows created after this one, which it opens.
+  void SetPeers(TUninstalling_Form& uninstalling, TForceUninstall_Form& force,
+                TPowerScan_Form& scan, TLogManager_Form& logs);
+  void Show();
+
+  LRESULT HandleMessage(UINT message, WPARAM wParam, LPARAM lParam);
+
+  // IInventoryView
+  int AddIcons(const IconHandle& small, const IconHandle& large) override;
+  void UpdateRow(int index, const TSoftInfo& info) override;
+
+ private:
+  struct Messages {
+    std::wstring searchSoftware, softwareFormat, sureUninstall, selectProgram, selectOneItem,
+        sureRemoveEntry, oneItem, items, unknownOs, groupPrograms, groupToolbars, groupUpdates;
+    TExportLabels exportLabels;
+  };
+
+  // FormCreate and the rest of the start-up.
+  void CreateControls();
+  void CreateMenus();
+  void LoadTexts();
+  void Layout();
+  void ApplyDpi();
+  void FormActivate();
+  void TimerGetSoftware();
+  void FormClose();
+  void ActivateInstance();
+
+  // The list.
+  int ShowSoftwareList(int filter, const std::wstring& search);
+  void ShowCategory(int button);
+  void SortList();
+  void ShowCount();
+  const TSoftRow* RowAt(int item) const;
+  const TSoftRow* SelectedRow() const;
+  void FillDispInfo(NMLVDISPINFOW& info);
+  static int CALLBACK CompareRows(LPARAM a, LPARAM b, LPARAM self);
+  LRESULT OnNotify(NMHDR& header);
+
+  // The search box.
+  void SearchEnter();
+  void SearchExit();
+  void SearchKeyUp(unsigned key);
+  void SearchClear();
+  void ApplySearchLook(const TSearchBoxLook& look);
+  static LRESULT CALLBACK SearchProc(HWND, UINT, WPARAM, LPARAM, UINT_PTR, DWORD_PTR);
+
+  // Details and commands.
+  void UpdateDetails();
+  void OnCommand(int id, int code);
+  void ContextMenu(int x, int y);
+  void UninstallClick();
+  void BatchClick();
+  void RemoveEntryClick();
+  void RefreshClick();
+  void ExportListClick();
+  void RestorePointClick();
+  void OpenForcedUninstall(const std::wstring& file);
+  int Ask(const std::wstring& text, UINT flags);
+
+  TApplication& app_;
+  TUninstalling_Form* uninstalling_ = nullptr;
+  TForceUninstall_Form* force_ = nullptr;
+  TPowerScan_Form* scan_ = nullptr;
+  TLogManager_Form* logs_ = nullptr;
+
+  TMainWindowState state_;
+  std::unique_ptr<TSoftwareInfo> inventory_;
+  std::unordered_map<int, TSoftRow> rows_;  // by record index, for the rows shown
+  Messages messages_;
+  bool firstActivation_ = true;
+  bool listStyleFlag_ = false;  // consumed by later work on the window
+  std::uint32_t searchFontColour_ = 0;
+
+  HWND categories_[6] = {};
+  controls::Edit search_;
+  controls::Button searchClear_;
+  controls::ListView list_;
+  controls::Button uninstall_, batch_, forceUninstall_, more_;
+  controls::Label detailsIcon_, detailsName_, versionTitle_, version_, publisherTitle_,
+      publisher_, helpTitle_, help_, detailsIdle_, bottomInfo_;
+  controls::ImageList small_, large_, big48_;
+  controls::UniqueHicon detailsIconHandle_;
+  controls::UniqueFont font_, boldFont_, linkFont_;
+  controls::PopupMenu softMenu_;
+  controls::PopupMenu managerMenu_;
+  std::unique_ptr<TFormTexts> texts_;
+  UINT dpi_ = 96;
+};
+
+}  // namespace varnel::forms

@@ -1,0 +1,153 @@
+#include "ui/language_catalog.h"
+
+#include "core/text.h"
+
+namespace varnel {
+
+namespace {
+
+constexpr std::wstring_view kPrefix = L"Uninstaller_";
+
+constexpr TCatalogText kMain[] = {
+    {L"UninstallForm_Main.Caption", L"Varnel Uninstaller", L"Varnel Uninstaller"},
+    {L"Label_AllProgrames.Caption", L"All Programs", L"Alle Programme"},
+    {L"Label_Toolbar.Caption", L"Toolbars", L"Symbolleisten"},
+    {L"Label_RecentlyInstalled.Caption", L"Recently Installed", L"K\u00fcrzlich installiert"},
+    {L"Label_LargeProgrames.Caption", L"Large Programs", L"Gro\u00dfe Programme"},
+    {L"Label_RarelyUsed.Caption", L"Rarely Used", L"Selten verwendet"},
+    {L"Label_WindowsUpdates.Caption", L"Windows Updates", L"Windows-Updates"},
+    {L"Label_Uninstall.Caption", L"Uninstall", L"Deinstallieren"},
+    {L"Label_BatchUninstall.Caption", L"Batch Uninstall", L"Mehrfach deinstallieren"},
+    {L"Label_ForcedUninstalled.Caption", L"Forced Uninstall", L"Erzwungene Deinstallation"},
+    {L"Label_Manager.Caption", L"More", L"Mehr"},
+    {L"Label_Details_VersionTitle.Caption", L"Version:", L"Version:"},
+    {L"Label_Details_PublisherTitle.Caption", L"Publisher:", L"Herausgeber:"},
+    {L"Label_Details_HelpInfoTitle.Caption", L"Help Info:", L"Hilfe:"},
+    {L"Label_Details_Idle.Caption", L"Select a program to see its details.",
+     L"W\u00e4hlen Sie ein Programm, um Details zu sehen."},
+    {L"ListView_SoftwareList.Columns[0].Caption", L"Software Name", L"Programmname"},
+    {L"ListView_SoftwareList.Columns[1].Caption", L"Size", L"Gr\u00f6\u00dfe"},
+    {L"ListView_SoftwareList.Columns[2].Caption", L"Install Date", L"Installationsdatum"},
+    {L"PopMenu_Uninstall.Caption", L"Uninstall", L"Deinstallieren"},
+    {L"PopMenu_RemoveEntry.Caption", L"Remove Entry", L"Eintrag entfernen"},
+    {L"PopMenu_Refresh.Caption", L"Refresh", L"Aktualisieren"},
+    {L"PopMenu_ViewStyle.Caption", L"View Style", L"Ansicht"},
+    {L"PopMenu_ViewStyle_Icon.Caption", L"Icons", L"Symbole"},
+    {L"PopMenu_ViewStyle_Details.Caption", L"Details", L"Details"},
+    {L"PopMenu_OpenFolder.Caption", L"Open Directory", L"Ordner \u00f6ffnen"},
+    {L"PopMenu_ViewEntry.Caption", L"View Entry", L"Eintrag anzeigen"},
+    {L"PopMenu_SearchOnline.Caption", L"Search Online", L"Online suchen"},
+    {L"PopupMenu_Manager_EAL.Caption", L"Export Application List", L"Programmliste exportieren"},
+    {L"PopupMenu_Manager_LM.Caption", L"Log Management ", L"Protokollverwaltung "},
+    {L"PopupMenu_Manager_VRP.Caption", L"View Restore Point", L"Wiederherstellungspunkte"},
+};
+
+constexpr TCatalogText kMainMessages[] = {
+    {L"M_SoftwareList", L"Software List", L"Programmliste"},
+    {L"M_AppVersion", L"Application Version", L"Programmversion"},
+    {L"M_ExportTime", L"Exported Time", L"Exportiert am"},
+    {L"M_SaveDlgName", L"Software List", L"Programmliste"},
+    {L"M_SaveDate", L"Date", L"Datum"},
+    {L"M_SaveName", L"Software Name", L"Programmname"},
+    {L"M_SaveVersion", L"Version", L"Version"},
+    {L"M_SavePublisher", L"Publisher", L"Herausgeber"},
+    {L"M_SaveInstallTime", L"Install Time", L"Installiert am"},
+    {L"M_SaveUseSize", L"Size", L"Gr\u00f6\u00dfe"},
+    {L"M_SaveHelpinfo", L"Help info", L"Hilfe"},
+    {L"M_SaveUninstallCmd", L"Uninstall Command", L"Deinstallationsbefehl"},
+    {L"M_SaveRegistryKey", L"Registry Key", L"Registrierungsschl\u00fcssel"},
+    {L"M_UnknowsOSType", L"Unknown operation system", L"Unbekanntes Betriebssystem"},
+    {L"M_SearchSoftware", L"Search Software", L"Programm suchen"},
+    {L"M_SureUninstall", L"Are you sure you want to uninstall the selected programs?",
+     L"M\u00f6chten Sie die ausgew\u00e4hlten Programme wirklich deinstallieren?"},
+    {L"M_SelectProgram", L"Please select a program at first.",
+     L"Bitte w\u00e4hlen Sie zuerst ein Programm aus."},
+    {L"M_SelectOneItem", L"Please select at least one program.",
+     L"Bitte w\u00e4hlen Sie mindestens ein Programm aus."},
+    {L"M_SureRemoveEntry", L"Are you sure to remove the selected program entry?",
+     L"M\u00f6chten Sie den ausgew\u00e4hlten Programmeintrag wirklich entfernen?"},
+    {L"M_SoftwareFormat", L"Software Name (Total:%d)", L"Programmname (Gesamt:%d)"},
+    {L"M_OneItem", L"1 Item", L"1 Eintrag"},
+    {L"M_Items", L"%d Items", L"%d Eintr\u00e4ge"},
+    {L"M_GroupPrograms", L"Programs", L"Programme"},
+    {L"M_GroupToolbars", L"Toolbars and add-ons", L"Symbolleisten und Add-ons"},
+    {L"M_GroupUpdates", L"Windows updates", L"Windows-Updates"},
+};
+
+constexpr TCatalogText kUninstalling[] = {
+    {L"Uninstalling_Form.Caption", L"Uninstalling", L"Deinstallation"},
+    {L"Label_Jobs.Caption", L"Programs to uninstall:", L"Zu deinstallierende Programme:"},
+    {L"Button_Close.Caption", L"Close", L"Schlie\u00dfen"},
+};
+
+constexpr TCatalogText kForceUninstall[] = {
+    {L"ForceUninstall_Form.Caption", L"Forced Uninstall", L"Erzwungene Deinstallation"},
+    {L"Label_File.Caption", L"File:", L"Datei:"},
+    {L"Button_Close.Caption", L"Close", L"Schlie\u00dfen"},
+};
+
+constexpr TCatalogText kPowerScan[] = {
+    {L"PowerScan_Form.Caption", L"Leftovers", L"Reste"},
+    {L"Label_Results.Caption", L"What the uninstaller left behind:",
+     L"Was das Deinstallationsprogramm zur\u00fcckgelassen hat:"},
+    {L"Button_Close.Caption", L"Close", L"Schlie\u00dfen"},
+};
+
+constexpr TCatalogText kLogManager[] = {
+    {L"LogManager_Form.Caption", L"Log Management", L"Protokollverwaltung"},
+    {L"Label_Logs.Caption", L"Uninstall logs:", L"Deinstallationsprotokolle:"},
+    {L"Button_Close.Caption", L"Close", L"Schlie\u00dfen"},
+};
+
+constexpr TCatalogSection kSections[] = {
+    {L"UninstallForm_Main", kMain},
+    {L"UninstallForm_Main_M", kMainMessages},
+    {L"Uninstalling_Form", kUninstalling},
+    {L"ForceUninstall_Form", kForceUninstall},
+    {L"PowerScan_Form", kPowerScan},
+    {L"LogManager_Form", kLogManager},
+};
+
+}  // namespace
+
+std::span<const TCatalogSection> LanguageCatalog() { return kSections; }
+
+std::wstring LanguageFileText(CatalogLanguage language) {
+  const bool german = language == CatalogLanguage::German;
+  std::wstring out = L"; Generated from the program's built-in texts by varnel_lang_gen.\r\n";
+  out += L"[Main]\r\nDisplayName=";
+  out += german ? L"Deutsch" : L"English";
+  out += L"\r\n";
+  for (const TCatalogSection& section : kSections) {
+    out += L"\r\n[";
+    out += kPrefix;
+    out += section.name;
+    out += L"]\r\n";
+    for (const TCatalogText& entry : section.texts) {
+      out += entry.key;
+      out += L"=";
+      out += german ? entry.german : entry.english;
+      out += L"\r\n";
+    }
+  }
+  return out;
+}
+
+std::wstring DefaultText(std::wstring_view section, std::wstring_view key) {
+  if (!text::StartsWithText(section, kPrefix)) return {};
+  section.remove_prefix(kPrefix.size());
+  for (const TCatalogSection& s : kSections) {
+    if (!text::SameText(s.name, section)) continue;
+    for (const TCatalogText& entry : s.texts)
+      if (text::SameText(entry.key, key)) return std::wstring(entry.english);
+  }
+  return {};
+}
+
+std::wstring CatalogMessage(const TLanguage& language, std::wstring_view form,
+                            std::wstring_view key) {
+  const std::wstring section = std::wstring(kPrefix) + std::wstring(form) + L"_M";
+  return language.ReadString(section, key, DefaultText(section, key));
+}
+
+}  // namespace varnel

@@ -1,0 +1,21 @@
+#include "ui/row_details.h"
+
+namespace varnel {
+
+TRowDetails DetailsOf(const TSoftRow* selected) {
+  TRowDetails details;
+  if (!selected) return details;
+  details.idlePicture = false;
+  details.name = selected->caption;
+  details.version = selected->sub[SubItem::Version];
+  details.publisher = selected->sub[SubItem::Publisher];
+  details.helpInfo = selected->sub[SubItem::HelpLink];
+  details.image = selected->image;
+  details.showVersion = !details.version.empty();
+  details.showPublisher = !details.publisher.empty();
+  details.showHelpInfo = !details.helpInfo.empty();
+  details.helpIsLink = details.helpInfo != L"-";
+  return details;
+}
+
+}  // namespace varnel

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <string>
+
+#include "ui/software_rows.h"
+
+namespace varnel {
+
+// What the details panel shows for the selected row.
+struct TRowDetails {
+  bool idlePicture = true;  // no selection: only the idle picture shows
+  std::wstring name, version, publisher, helpInfo;
+  int image = 0;
+  bool showVersion = false, showPublisher = false, showHelpInfo = false;
+  bool helpIsLink = false;  // underlined, hand cursor
+};
+
+TRowDetails DetailsOf(const TSoftRow* selected);
+
+}  // namespace varnel
