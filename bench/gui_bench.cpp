@@ -21,6 +21,8 @@
 #include <string>
 #include <thread>
 
+#include "platform/win32/unique_handle.h"
+
 namespace {
 using Clock = std::chrono::steady_clock;
 double Ms(Clock::duration d) { return std::chrono::duration<double, std::milli>(d).count(); }
@@ -29,7 +31,8 @@ double Ms(Clock::duration d) { return std::chrono::duration<double, std::milli>(
 ULONGLONG WriteTime(const std::wstring& file) {
   WIN32_FILE_ATTRIBUTE_DATA data;
   if (!GetFileAttributesExW(file.c_str(), GetFileExInfoStandard, &data)) return 0;
-  return (ULONGLONG{data.ftLastWriteTime.dwHighDateTime} << 32) | data.ftLastWriteTime.dwLowDateTime;
+  const FILETIME& t = data.ftLastWriteTime;
+  return (ULONGLONG{t.dwHighDateTime} << 32) | t.dwLowDateTime;
 }
 }  // namespace
 
@@ -51,11 +54,12 @@ int wmain(int argc, wchar_t** argv) {
   if (!CreateProcessW(exe.c_str(), command.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr,
                       &startup, &info))
     return 1;
+  const varnel::win32::UniqueHandle process(info.hProcess), firstThread(info.hThread);
   HWND main = nullptr;
   while (!(main = FindWindowW(L"TUninstallForm_Main", nullptr)) || !IsWindowVisible(main)) {
     if (Clock::now() - start > std::chrono::seconds(60)) {
       std::fprintf(stderr, "no visible main window within 60 s\n");
-      TerminateProcess(info.hProcess, 1);
+      TerminateProcess(process.get(), 1);
       return 1;
     }
     Sleep(1);
@@ -118,8 +122,6 @@ int wmain(int argc, wchar_t** argv) {
     else std::printf(", analysis done %.0f ms after start\n", Ms(passEnd - start));
   }
   PostMessageW(main, WM_CLOSE, 0, 0);
-  WaitForSingleObject(info.hProcess, 30000);
-  CloseHandle(info.hProcess);
-  CloseHandle(info.hThread);
+  WaitForSingleObject(process.get(), 30000);
   return painted == Clock::time_point{} ? 1 : 0;
 }
