@@ -15,6 +15,10 @@ repo=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 src=$repo/tests/fixtures
 mkdir -p "$1"
 out=$(cd "$1" && pwd -P)
+# Tests that run side by side build into the same folder: one at a time, the
+# later one then finds everything up to date.
+exec 9>"$out/.build.lock"
+flock 9
 
 for tool in x86_64-w64-mingw32-gcc x86_64-w64-mingw32-windres x86_64-w64-mingw32-widl makensis \
   wixl msiinfo python3; do
