@@ -142,6 +142,16 @@ create() {
   if [ "$off" != 1 ]; then
     seal_prefix
   fi
+  # A new prefix comes up with two service managers, and the COM service then
+  # never starts: every process that touches COM waits 10 s for it. A
+  # restarted server brings up one. The services and the desktop are started
+  # here, with their output in the log: started later by a test, they would
+  # hold that test's output open after it ended.
+  "$dir/bin/wineserver" -k >/dev/null 2>&1 || true
+  timeout 20 "$dir/bin/wineserver" -w >/dev/null 2>&1 || true
+  (cd "$dir" && "$dir/bin/wineserver" -p) || die "could not restart the wineserver"
+  (cd "$dir/prefix/drive_c" && timeout -k 10 60 "$dir/bin/wine" rundll32 user32.dll,GetDesktopWindow) \
+    </dev/null >>"$dir/wineboot.log" 2>&1 || stop "could not start the prefix's services"
 }
 
 destroy() {

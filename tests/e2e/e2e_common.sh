@@ -20,12 +20,6 @@ e2e_make_prefix() {
   trap e2e_cleanup EXIT
   trap 'exit 130' INT TERM
   bash "$e2e_tools/wine-prefix.sh" create "$dir" || die "could not make the prefix"
-  # A new prefix comes up with two service managers, and the COM service then
-  # never starts: every installer that makes a shortcut waits 10 s for it. A
-  # restarted server brings up one. (Not in wine-prefix.sh: there the services
-  # would next be started by whichever test runs first, holding its output open.)
-  "$dir/bin/wineserver" -k && timeout 20 "$dir/bin/wineserver" -w && "$dir/bin/wineserver" -p ||
-    die "could not restart the wineserver"
   drive_c=$dir/prefix/drive_c
   mkdir -p "$work"
 }
