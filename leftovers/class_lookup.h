@@ -11,6 +11,14 @@ namespace varnel::scan {
 
 inline constexpr std::wstring_view kMachineClasses = L"\\SOFTWARE\\Classes";
 
+// A key path one level down: path + "\" + name.
+inline std::wstring Join(std::wstring_view path, std::wstring_view name) {
+  std::wstring r(path);
+  r += L'\\';
+  r += name;
+  return r;
+}
+
 // "\SOFTWARE\Classes\X" as HKEY_CLASSES_ROOT shows it: "\X".
 std::wstring ClassesRootMirror(std::wstring_view machinePath);
 

@@ -26,13 +26,6 @@ constexpr std::wstring_view kWebBrowser =
 constexpr std::wstring_view kBrowserExtensions =
     L"\\SOFTWARE\\Microsoft\\Internet Explorer\\Extensions";
 
-std::wstring Join(std::wstring_view path, std::wstring_view name) {
-  std::wstring r(path);
-  r += L'\\';
-  r += name;
-  return r;
-}
-
 std::wstring SubKeyDefault(TRegeditScanClasses& scan, const std::wstring& path,
                            std::wstring_view sub) {
   auto key = scan.Open(kMachine, Join(path, sub));

@@ -19,13 +19,6 @@ constexpr std::wstring_view kUserClasses = L"\\Software\\Classes";
 // Registry links can make a walk go round; real verbs are three levels deep.
 constexpr int kMaxDepth = 8;
 
-std::wstring Join(std::wstring_view path, std::wstring_view name) {
-  std::wstring r(path);
-  r += L'\\';
-  r += name;
-  return r;
-}
-
 bool LooksLikeClassId(std::wstring_view text) {
   return text.size() == 38 && text.front() == L'{' && text.back() == L'}';
 }

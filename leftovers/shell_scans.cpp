@@ -16,13 +16,6 @@ constexpr std::wstring_view kCurrentVersion = L"\\SOFTWARE\\Microsoft\\Windows\\
 constexpr std::wstring_view kToolbar = L"\\SOFTWARE\\Microsoft\\Internet Explorer\\Toolbar";
 constexpr std::wstring_view kUserToolbar = L"\\Software\\Microsoft\\Internet Explorer\\Toolbar";
 
-std::wstring Join(std::wstring_view path, std::wstring_view name) {
-  std::wstring r(path);
-  r += L'\\';
-  r += name;
-  return r;
-}
-
 std::vector<std::wstring> SubKeysOf(TRegeditScanClasses& scan, RegRoot root,
                                     std::wstring_view path) {
   auto key = scan.Open(root, path);

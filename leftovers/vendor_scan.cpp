@@ -13,25 +13,19 @@ bool ValueNamesFolder(const TRegeditScanClasses& scan, std::wstring text) {
   return scan.TextHasInstallFolder(text);
 }
 
-// Whether some value of the key or below names the install folder.
-bool KeyNamesFolder(TRegeditScanClasses& scan, RegRoot root, const std::wstring& path) {
-  auto key = scan.Open(root, path);
-  if (!key) return false;
-  for (const auto& name : key->ValueNames())
-    if (ValueNamesFolder(scan, ReadValueText(*key, name))) return true;
-  for (const auto& sub : key->SubKeyNames())
-    if (KeyNamesFolder(scan, root, path + L"\\" + sub)) return true;
-  return false;
+void ReportFolderValues(TRegeditScanClasses& scan, RegRoot root, const std::wstring& path,
+                        const IRegistryKey& key) {
+  for (const auto& name : key.ValueNames()) {
+    auto data = ReadValueText(key, name);
+    if (ValueNamesFolder(scan, data)) scan.AddValue(nullptr, root, path, name, data);
+  }
 }
 
 void WalkValues(TRegeditScanClasses& scan, RegRoot root, const std::wstring& path) {
   if (!scan.Step()) return;
   auto key = scan.Open(root, path);
   if (!key) return;
-  for (const auto& name : key->ValueNames()) {
-    auto data = ReadValueText(*key, name);
-    if (ValueNamesFolder(scan, data)) scan.AddValue(nullptr, root, path, name, data);
-  }
+  ReportFolderValues(scan, root, path, *key);
   for (const auto& sub : key->SubKeyNames()) {
     if (!scan.Running()) return;
     WalkValues(scan, root, path + L"\\" + sub);
@@ -46,7 +40,7 @@ bool ReportProductKey(TRegeditScanClasses& scan, RegRoot root, const std::wstrin
   const auto& name = scan.Record().Name;
   if (name.empty() || !text::SameText(sub, text::Trim(name))) return false;
   const auto path = vendorPath + L"\\" + sub;
-  if (!KeyNamesFolder(scan, root, path)) return false;
+  if (!scan.KeyRefersToInstallFolder(root, path)) return false;
   scan.AddKey(ScanCategory::VendorKeys, root, true, RootKeyName(root) + path, path);
   return true;
 }
@@ -60,10 +54,7 @@ void ScanSoftwareKey(TRegeditScanClasses& scan, RegRoot root, const wchar_t* sof
     const auto vendorPath = std::wstring(software) + L"\\" + vendor;
     auto vendorKey = scan.Open(root, vendorPath);
     if (!vendorKey) continue;
-    for (const auto& name : vendorKey->ValueNames()) {
-      auto data = ReadValueText(*vendorKey, name);
-      if (ValueNamesFolder(scan, data)) scan.AddValue(nullptr, root, vendorPath, name, data);
-    }
+    ReportFolderValues(scan, root, vendorPath, *vendorKey);
     for (const auto& sub : vendorKey->SubKeyNames()) {
       if (!scan.Running()) return;
       if (!ReportProductKey(scan, root, vendorPath, sub))

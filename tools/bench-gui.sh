@@ -42,13 +42,8 @@ cleanup() {
 }
 trap cleanup EXIT
 if [ -z "${DISPLAY:-}" ]; then
-  numfile=$(mktemp)
-  Xvfb -displayfd 5 -screen 0 1280x1024x24 -nolisten tcp 5>"$numfile" >/dev/null 2>&1 &
-  xvfb_pid=$!
-  for _ in $(seq 100); do [ -s "$numfile" ] && break; sleep 0.1; done
-  [ -s "$numfile" ] || { echo "bench-gui: could not start Xvfb" >&2; exit 1; }
-  export DISPLAY=":$(head -n1 "$numfile")"
-  rm -f "$numfile"
+  . "$repo/tools/xvfb.sh"
+  start_xvfb 1280x1024 || { echo "bench-gui: could not start Xvfb" >&2; exit 1; }
 fi
 
 bash "$repo/tools/wine-prefix.sh" create "$prefix" >/dev/null

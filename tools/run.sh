@@ -50,16 +50,11 @@ trap cleanup EXIT
 own_display=0
 if [ -z "${DISPLAY:-}" ]; then
   own_display=1
-  numfile=$(mktemp)
   # Room for the largest desktop below (the 150 % one is half as large again).
   scale=$(( ${dpi:-100} > 100 ? ${dpi:-100} : 100 ))
-  Xvfb -displayfd 5 -screen 0 $((1280 * scale / 100))x$((960 * scale / 100))x24 -nolisten tcp \
-    5>"$numfile" >/dev/null 2>&1 &
-  xvfb_pid=$!
-  for _ in $(seq 100); do [ -s "$numfile" ] && break; sleep 0.1; done
-  [ -s "$numfile" ] || { echo "run: could not start Xvfb" >&2; exit 1; }
-  export DISPLAY=":$(head -n1 "$numfile")"
-  rm -f "$numfile"
+  . "$repo/tools/xvfb.sh"
+  start_xvfb $((1280 * scale / 100))x$((960 * scale / 100)) ||
+    { echo "run: could not start Xvfb" >&2; exit 1; }
 fi
 
 if [ "$fresh" = 1 ] && [ -d "$demo" ]; then

@@ -164,21 +164,7 @@ cleanup() {
 }
 # A private X server for the tests that drive windows. It must be up before the
 # prefix is made: the prefix's desktop process takes the display it starts with.
-start_xvfb() {
-  local numfile=$win_dir/xvfb.display _
-  rm -f "$numfile"
-  Xvfb -displayfd 5 -screen 0 1280x1024x24 -nolisten tcp 5>"$numfile" >"$win_dir/xvfb.log" 2>&1 &
-  xvfb_pid=$!
-  for _ in $(seq 100); do
-    if [ -s "$numfile" ]; then
-      DISPLAY=":$(head -n1 "$numfile")"
-      export DISPLAY
-      return 0
-    fi
-    sleep 0.1
-  done
-  return 1
-}
+. tools/xvfb.sh
 trap cleanup EXIT
 trap 'cleanup; exit 130' INT TERM
 if [ -n "$libxml2_root" ] \
@@ -186,7 +172,7 @@ if [ -n "$libxml2_root" ] \
     -DCMAKE_TOOLCHAIN_FILE="$repo/cmake/toolchain-mingw64.cmake" -DVARNEL_LIBXML2_ROOT="$libxml2_root" \
   && quiet "$win_dir/build.log" cmake --build "$win_dir" -j"$jobs"; then
   prefix_dir=$(mktemp -d "${TMPDIR:-/tmp}/bed-test.XXXXXX")
-  if ! start_xvfb; then
+  if ! start_xvfb 1280x1024 "$win_dir/xvfb.log"; then
     note "wine     xvfb           FAILED  could not start Xvfb (see $win_dir/xvfb.log)"
     fail_count 1
   elif quiet "$win_dir/prefix.log" bash tools/wine-prefix.sh create "$prefix_dir"; then

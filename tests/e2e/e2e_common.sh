@@ -3,6 +3,7 @@
 
 e2e_here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 e2e_tools=$(cd "$e2e_here/../../tools" && pwd)
+. "$e2e_tools/xvfb.sh"
 
 # A failure before the checks counts as one failed check, in the summary form
 # that tools/test.sh reads.
@@ -42,18 +43,8 @@ e2e_cleanup() {
 e2e_start_display() {
   [ -z "${DISPLAY:-}" ] || return 0
   command -v Xvfb >/dev/null || return 0
-  local numfile=$work/xvfb.display
-  Xvfb -displayfd 5 -screen 0 1024x768x24 -nolisten tcp 5>"$numfile" >"$work/xvfb.log" 2>&1 &
-  e2e_xvfb_pid=$!
-  local _
-  for _ in $(seq 50); do
-    if [ -s "$numfile" ]; then
-      DISPLAY=":$(head -n1 "$numfile")"
-      export DISPLAY
-      return 0
-    fi
-    sleep 0.1
-  done
+  start_xvfb 1024x768 "$work/xvfb.log" || true
+  e2e_xvfb_pid=$xvfb_pid
 }
 
 # Runs a Windows command in the prefix's sandbox from C:\, never with a Z: drive.

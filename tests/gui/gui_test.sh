@@ -12,6 +12,7 @@ set -uo pipefail
 driver=$1
 app_dir=$2
 tools=$(cd "$(dirname "${BASH_SOURCE[0]}")/../../tools" && pwd)
+. "$tools/xvfb.sh"
 
 die() {
   echo "FAILED $*"
@@ -31,12 +32,7 @@ trap cleanup EXIT
 trap 'exit 130' INT TERM
 
 if [ -z "${DISPLAY:-}" ]; then
-  Xvfb -displayfd 5 -screen 0 1280x1024x24 -nolisten tcp 5>"$dir.display" >/dev/null 2>&1 &
-  xvfb_pid=$!
-  for _ in $(seq 100); do [ -s "$dir.display" ] && break; sleep 0.1; done
-  [ -s "$dir.display" ] || die "could not start Xvfb"
-  export DISPLAY=":$(head -n1 "$dir.display")"
-  rm -f "$dir.display"
+  start_xvfb 1280x1024 || die "could not start Xvfb"
 fi
 
 bash "$tools/wine-prefix.sh" create "$dir" >/dev/null || die "could not make the prefix"
