@@ -2,6 +2,7 @@
 
 #include "core/registry_location.h"
 #include "core/registry_routines.h"
+#include "core/registry_snapshot.h"
 #include "core/wow64.h"
 #include "inventory/software_cache.h"
 #include "inventory/toolbar_folding.h"
@@ -9,13 +10,32 @@
 
 namespace varnel {
 
+std::unique_ptr<TRegistrySnapshot> ReadUninstallKeys(const Platform& platform) {
+  bool wow64 = IsWow64(platform.system);
+  std::vector<TRegistrySnapshot::Tree> trees;
+  for (bool use64 : {false, true}) {
+    if (use64 && !wow64) break;
+    for (RegRoot root : {RegRoot::LocalMachine, RegRoot::CurrentUser}) {
+      trees.push_back({root, std::wstring(kUninstallKeyPath), use64});
+    }
+  }
+  auto keys = std::make_unique<TRegistrySnapshot>(platform.registry);
+  keys->Capture(trees);
+  return keys;
+}
+
 void CollectInstalledSoftware(const TAppFrame& frame, TSoftList& list,
-                              const ToolbarDiscovery& discoverToolbars) {
+                              const ToolbarDiscovery& discoverToolbars, TRegistrySnapshot* keys) {
   ISystem& system = frame.Machine().system;
   bool wow64 = IsWow64(system);
+  std::unique_ptr<TRegistrySnapshot> readNow;
+  if (!keys) {
+    readNow = ReadUninstallKeys(frame.Machine());
+    keys = readNow.get();
+  }
   // The second view appends to the first, so its duplicate filter sees both.
-  int programs = EnumerateUninstallKeys(frame, &list, false);
-  if (wow64) programs = EnumerateUninstallKeys(frame, &list, true);
+  int programs = EnumerateUninstallKeys(frame, &list, false, keys);
+  if (wow64) programs = EnumerateUninstallKeys(frame, &list, true, keys);
   if (!discoverToolbars) return;
   discoverToolbars(list, false);
   if (wow64) discoverToolbars(list, true);
@@ -25,7 +45,9 @@ void CollectInstalledSoftware(const TAppFrame& frame, TSoftList& list,
 TSoftwareInfo::TSoftwareInfo(const Platform& platform, TGuiDispatcher& dispatcher,
                              Options options)
     : platform_(platform), options_(std::move(options)) {
-  CollectInstalledSoftware(TAppFrame(platform), items_, options_.discoverToolbars);
+  CollectInstalledSoftware(TAppFrame(platform), items_, options_.discoverToolbars,
+                           options_.uninstallKeys.get());
+  options_.uninstallKeys.reset();
   ApplySoftwareCache(platform, items_, options_.cacheFile);
   analysis_ = std::make_unique<TAnalysisThread>(platform, dispatcher, options_.cacheFile);
   analysis_->SetJobs(options_.view, &items_);

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "core/app_frame.h"
+#include "core/registry_snapshot.h"
 #include "inventory/analysis_thread.h"
 #include "inventory/soft_list.h"
 
@@ -15,10 +16,16 @@ namespace varnel {
 // into the programs they belong to.
 using ToolbarDiscovery = std::function<void(TSoftList& list, bool use64BitView)>;
 
+// The Uninstall keys of both roots in every view the inventory walks, read
+// ahead into memory.
+std::unique_ptr<TRegistrySnapshot> ReadUninstallKeys(const Platform& platform);
+
 // Uninstall entries of the default view and, where one exists, the 64-bit
-// view; then toolbars, folded into their programs.
+// view; then toolbars, folded into their programs. `keys` is a copy from
+// ReadUninstallKeys; without one the keys are read now.
 void CollectInstalledSoftware(const TAppFrame& frame, TSoftList& list,
-                              const ToolbarDiscovery& discoverToolbars = {});
+                              const ToolbarDiscovery& discoverToolbars = {},
+                              TRegistrySnapshot* keys = nullptr);
 
 // The installed software: built once, completed in the background by the
 // analysis thread, which lives and dies with it.
@@ -30,6 +37,8 @@ class TSoftwareInfo {
     std::wstring displayText2;
     std::wstring cacheFile;
     ToolbarDiscovery discoverToolbars;
+    // Read ahead while the windows were made; used by the first build only.
+    std::unique_ptr<TRegistrySnapshot> uninstallKeys;
   };
 
   TSoftwareInfo(const Platform& platform, TGuiDispatcher& dispatcher, Options options);

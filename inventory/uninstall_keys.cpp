@@ -166,9 +166,10 @@ void FilterSameName(TSoftList& list) {
   }
 }
 
-int EnumerateUninstallKeys(const TAppFrame& frame, TSoftList* list, bool use64BitView) {
+int EnumerateUninstallKeys(const TAppFrame& frame, TSoftList* list, bool use64BitView,
+                           IRegistry* keys) {
   if (!list) return -1;
-  IRegistry& registry = frame.Machine().registry;
+  IRegistry& registry = keys ? *keys : frame.Machine().registry;
   EntryContext context(frame.Machine().system);
   for (const std::wstring rootName : {L"HKEY_LOCAL_MACHINE", L"HKEY_CURRENT_USER"}) {
     WalkKeyTree(registry, rootName, kUninstallKeyPath, use64BitView,

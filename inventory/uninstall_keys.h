@@ -28,8 +28,10 @@ std::wstring FindMsiInFolder(IFileSystem& files, std::wstring_view folder);
 
 // Appends the Uninstall entries of both roots in one view, then hides
 // same-name duplicates over the whole list. Returns the list's count, or -1
-// without a list.
-int EnumerateUninstallKeys(const TAppFrame& frame, TSoftList* list, bool use64BitView);
+// without a list. `registry` replaces the frame's for the keys (a copy read
+// ahead); the files are always the frame's.
+int EnumerateUninstallKeys(const TAppFrame& frame, TSoftList* list, bool use64BitView,
+                           IRegistry* registry = nullptr);
 
 // What every record of one walk shares, asked of the system once: under Wine
 // a clock or locale query costs more than a registry read.

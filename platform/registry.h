@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace varnel {
@@ -46,6 +47,15 @@ class IRegistryKey {
   virtual ~IRegistryKey() = default;
   virtual std::vector<std::wstring> SubKeyNames() const = 0;
   virtual std::vector<std::wstring> ValueNames() const = 0;
+  // Every value with its name, in the registry's order. Backends that can
+  // read name and data in one call override this.
+  virtual std::vector<std::pair<std::wstring, RegValue>> Values() const {
+    std::vector<std::pair<std::wstring, RegValue>> values;
+    for (auto& name : ValueNames()) {
+      if (auto value = ReadValue(name)) values.emplace_back(std::move(name), std::move(*value));
+    }
+    return values;
+  }
   // Empty name is the key's default value.
   virtual std::optional<RegValue> ReadValue(std::wstring_view name) const = 0;
   virtual bool ValueExists(std::wstring_view name) const = 0;
@@ -69,6 +79,10 @@ class IRegistry {
   virtual bool KeyExists(RegRoot root, std::wstring_view path, bool use64) = 0;
   // Deletes the key with everything below it; false when it could not.
   virtual bool DeleteKey(RegRoot root, std::wstring_view path, bool use64) = 0;
+  // How many threads reading at once still pay: where every read is a round
+  // trip to another process, readers overlap their waits. Such readers only
+  // open keys for reading.
+  virtual int ConcurrentReaders() const { return 1; }
 };
 
 }  // namespace varnel

@@ -17,19 +17,12 @@ constexpr DWORD kMaxKeyName = 255;
 // A value rewritten between the size query and the read sends us round
 // again; a few rounds settle any honest race.
 constexpr int kReadAttempts = 8;
-// Scratch kept per thread so an inventory walk does not allocate per read;
-// a rare huge value is not kept.
-constexpr std::size_t kKeptScratch = 1 << 20;
+// First guess at a value's size; most Uninstall values fit.
+constexpr std::size_t kFirstRead = 512;
 
-std::vector<wchar_t>& NameScratch() {
-  thread_local std::vector<wchar_t> buffer(kMaxKeyName + 1);
-  return buffer;
-}
-
-std::vector<std::uint8_t>& DataScratch() {
-  thread_local std::vector<std::uint8_t> buffer(4096);
-  return buffer;
-}
+// Buffers are per call, not per thread: thread_local objects with
+// destructors run those destructors after this toolchain has freed the
+// thread's storage, and short-lived reader threads then corrupt the heap.
 
 HKEY RootHandle(RegRoot root) {
   switch (root) {
@@ -69,8 +62,8 @@ std::optional<std::wstring> SubKey(std::wstring_view path) {
   return ApiString(path);
 }
 
-// Names of subkeys or values, enumerated with one per-thread buffer that
-// already holds any key name. Only a name that outgrows it (a long value
+// Names of subkeys or values, enumerated with one buffer that already holds
+// any key name. Only a name that outgrows it (a long value
 // name, or a key name longer than the documented limit, which some
 // registries allow) costs a RegQueryInfoKeyW, as that is one more round
 // trip per key in an inventory walk; a name that still does not fit is
@@ -79,7 +72,7 @@ template <typename Query, typename Enum>
 std::vector<std::wstring> EnumerateNames(Query maxLength, Enum enumerate) {
   std::vector<std::wstring> names;
   DWORD count = 0, maxLen = 0;
-  auto& buffer = NameScratch();
+  std::vector<wchar_t> buffer(kMaxKeyName + 1);
   int regrowths = 0;
   for (DWORD index = 0;;) {
     DWORD length = static_cast<DWORD>(buffer.size());
@@ -131,24 +124,58 @@ class Win32RegistryKey final : public IRegistryKey {
   std::optional<RegValue> ReadValue(std::wstring_view name) const override {
     auto valueName = ApiString(name);
     if (!valueName) return std::nullopt;
-    auto& buffer = DataScratch();
-    std::optional<RegValue> result;
+    std::vector<std::uint8_t> data(kFirstRead);
     for (int attempt = 0; attempt < kReadAttempts; ++attempt) {
       DWORD type = REG_NONE;
-      DWORD size = static_cast<DWORD>(buffer.size());
+      DWORD size = static_cast<DWORD>(data.size());
       LONG status =
-          RegQueryValueExW(key_.get(), valueName->c_str(), nullptr, &type, buffer.data(), &size);
+          RegQueryValueExW(key_.get(), valueName->c_str(), nullptr, &type, data.data(), &size);
       if (status == ERROR_SUCCESS) {
-        result = RegValue{type, std::vector<std::uint8_t>(buffer.begin(), buffer.begin() + size)};
-        break;
+        data.resize(size);
+        return RegValue{type, std::move(data)};
       }
       if (status != ERROR_MORE_DATA) break;
       // The size reported may be stale by the next call; doubling also
       // covers sources that report no size at all.
-      buffer.resize(std::max<std::size_t>(size, buffer.size() * 2));
+      data.resize(std::max<std::size_t>(size, data.size() * 2));
     }
-    if (buffer.size() > kKeptScratch) std::vector<std::uint8_t>(4096).swap(buffer);
-    return result;
+    return std::nullopt;
+  }
+
+  std::vector<std::pair<std::wstring, RegValue>> Values() const override {
+    std::vector<std::pair<std::wstring, RegValue>> values;
+    std::vector<wchar_t> name(kMaxKeyName + 1);
+    std::size_t dataSize = kFirstRead;
+    int regrowths = 0;
+    for (DWORD index = 0;;) {
+      std::vector<std::uint8_t> data(dataSize);
+      DWORD nameLength = static_cast<DWORD>(name.size());
+      DWORD size = static_cast<DWORD>(data.size());
+      DWORD type = REG_NONE;
+      LONG status = RegEnumValueW(key_.get(), index, name.data(), &nameLength, nullptr, &type,
+                                  data.data(), &size);
+      if (status == ERROR_SUCCESS) {
+        data.resize(size);
+        values.emplace_back(std::wstring(name.data(), nameLength), RegValue{type, std::move(data)});
+        ++index;
+        regrowths = 0;
+        continue;
+      }
+      if (status != ERROR_MORE_DATA) break;
+      // Name or data outgrew the buffers; a value that still does not fit
+      // after the key's own maxima is skipped rather than ending the list.
+      DWORD maxName = 0, maxData = 0;
+      if (regrowths++ < 2 &&
+          RegQueryInfoKeyW(key_.get(), nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
+                           nullptr, &maxName, &maxData, nullptr, nullptr) == ERROR_SUCCESS) {
+        name.resize(std::max<std::size_t>(maxName + 1, name.size()));
+        dataSize = std::max<std::size_t>({maxData, size, dataSize * 2});
+      } else {
+        ++index;
+        regrowths = 0;
+      }
+    }
+    return values;
   }
 
   bool ValueExists(std::wstring_view name) const override {
@@ -256,5 +283,9 @@ bool Win32Registry::DeleteKey(RegRoot root, std::wstring_view path, bool use64) 
   }
   return RegDeleteKeyExW(rootKey, subKey->c_str(), view, 0) == ERROR_SUCCESS;
 }
+
+// Every call is a round trip to the registry's owner (the kernel, or
+// Wine's server); a few readers keep it busy while each waits.
+int Win32Registry::ConcurrentReaders() const { return 6; }
 
 }  // namespace varnel::win32

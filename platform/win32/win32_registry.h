@@ -17,6 +17,7 @@ class Win32Registry final : public IRegistry {
                                           bool use64) override;
   bool KeyExists(RegRoot root, std::wstring_view path, bool use64) override;
   bool DeleteKey(RegRoot root, std::wstring_view path, bool use64) override;
+  int ConcurrentReaders() const override;
 
  private:
   bool hasViews_;

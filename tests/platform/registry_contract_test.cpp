@@ -64,6 +64,15 @@ TEST_P(RegistryContract, DefaultValueHugeValuesAndStringsWithoutTerminator) {
   EXPECT_EQ(text::FromUtf16Bytes(read->ReadValue(L"Huge")->data), huge);
   EXPECT_EQ(read->ReadValue(L"Raw")->data, unterminated.data);
   EXPECT_EQ(read->ReadValue(L"Odd")->data, odd.data);
+  // All at once, the huge one included, as read one by one.
+  const auto all = read->Values();
+  EXPECT_EQ(all.size(), 4u);
+  for (const auto& [name, value] : all) {
+    auto single = read->ReadValue(name);
+    ASSERT_TRUE(single) << text::ToUtf8(name);
+    EXPECT_EQ(value.type, single->type) << text::ToUtf8(name);
+    EXPECT_EQ(value.data, single->data) << text::ToUtf8(name);
+  }
 }
 
 TEST_P(RegistryContract, SubkeysEnumerateSortedAndPathsIgnoreOuterBackslashes) {

@@ -81,6 +81,10 @@ TEST_P(Win32Registry, NamesAtTheSystemLimitsAndManyKeysEnumerateCompletely) {
   EXPECT_EQ(values.size(), 3u);
   EXPECT_NE(std::find(values.begin(), values.end(), longestValue), values.end());
   EXPECT_NE(std::find(values.begin(), values.end(), L""), values.end()) << "default value";
+  const auto withData = key->Values();
+  ASSERT_EQ(withData.size(), 3u);
+  EXPECT_TRUE(std::any_of(withData.begin(), withData.end(),
+                          [&](const auto& value) { return value.first == longestValue; }));
   EXPECT_TRUE(key->ValueExists(longestValue));
 }
 

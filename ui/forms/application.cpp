@@ -8,6 +8,7 @@
 
 #include "controls/exception_sink.h"
 #include "core/text.h"
+#include "inventory/software_info.h"
 #include "ui/error_log.h"
 
 namespace varnel::forms {
@@ -26,6 +27,8 @@ std::wstring TypeName(const std::type_info& type) {
 
 TApplication::TApplication(const Platform& platform, std::vector<std::wstring> args)
     : platform_(platform), args_(std::move(args)) {
+  uninstallKeys_ =
+      std::async(std::launch::async, [platform] { return ReadUninstallKeys(platform); });
   icon_ = LoadIconW(GetModuleHandleW(nullptr), MAKEINTRESOURCEW(1));
   if (!icon_) icon_ = LoadIconW(nullptr, IDI_APPLICATION);
   ACCEL keys[] = {
@@ -37,6 +40,15 @@ TApplication::TApplication(const Platform& platform, std::vector<std::wstring> a
 }
 
 TApplication::~TApplication() { controls::SetExceptionSink({}); }
+
+std::unique_ptr<TRegistrySnapshot> TApplication::TakeUninstallKeys() {
+  if (!uninstallKeys_.valid()) return nullptr;
+  try {
+    return uninstallKeys_.get();
+  } catch (...) {
+    return nullptr;  // read again by the inventory
+  }
+}
 
 void TApplication::HandleException(std::exception_ptr error) noexcept {
   try {

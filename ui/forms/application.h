@@ -3,10 +3,13 @@
 #include <windows.h>
 
 #include <exception>
+#include <future>
+#include <memory>
 #include <string>
 #include <vector>
 
 #include "controls/handles.h"
+#include "core/registry_snapshot.h"
 #include "inventory/gui_dispatcher.h"
 #include "platform/platform.h"
 
@@ -39,6 +42,10 @@ class TApplication {
   TGuiDispatcher& Dispatcher() { return dispatcher_; }
   const std::vector<std::wstring>& Args() const { return args_; }
   HICON Icon() const { return icon_; }
+  // The Uninstall keys, read on a worker from the start while the windows
+  // are made; the first call waits for them, later calls and a failed read
+  // give null.
+  std::unique_ptr<TRegistrySnapshot> TakeUninstallKeys();
   std::wstring Title() const { return L"Varnel Uninstaller"; }
 
   void HandleException(std::exception_ptr error) noexcept;
@@ -59,6 +66,7 @@ class TApplication {
   HICON icon_ = nullptr;  // a shared resource icon; not destroyed
   controls::UniqueAccel shortcuts_;
   HWND main_ = nullptr;
+  std::future<std::unique_ptr<TRegistrySnapshot>> uninstallKeys_;
 };
 
 }  // namespace varnel::forms

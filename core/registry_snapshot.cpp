@@ -1,0 +1,153 @@
+#include "core/registry_snapshot.h"
+
+#include <algorithm>
+#include <atomic>
+#include <exception>
+#include <optional>
+#include <thread>
+
+#include "core/text.h"
+
+namespace varnel {
+
+namespace {
+
+std::wstring_view TrimSlashes(std::wstring_view path) {
+  while (!path.empty() && path.front() == L'\\') path.remove_prefix(1);
+  while (!path.empty() && path.back() == L'\\') path.remove_suffix(1);
+  return path;
+}
+
+std::wstring NodeId(RegRoot root, std::wstring_view path, bool use64) {
+  return std::to_wstring(static_cast<std::uint32_t>(root)) + (use64 ? L"/64|" : L"/32|") +
+         text::Upper(TrimSlashes(path));
+}
+
+bool Inside(const std::wstring& id, const std::wstring& tree) {
+  if (!id.starts_with(tree)) return false;
+  return id.size() == tree.size() || tree.back() == L'|' || id[tree.size()] == L'\\';
+}
+
+// Runs body(i) for every i below count on up to `threads` threads, the
+// calling one included; the first exception is thrown again once all ended.
+template <typename Body>
+void ForEachParallel(std::size_t count, int threads, Body body) {
+  std::atomic<std::size_t> next{0};
+  std::exception_ptr failure;
+  std::atomic<bool> failed{false};
+  auto work = [&] {
+    for (std::size_t i; !failed && (i = next++) < count;) {
+      try {
+        body(i);
+      } catch (...) {
+        if (!failed.exchange(true)) failure = std::current_exception();
+      }
+    }
+  };
+  std::size_t helpers = std::min<std::size_t>(count, std::max(threads, 1)) - (count > 0 ? 1 : 0);
+  std::vector<std::thread> pool;
+  for (std::size_t t = 0; t < helpers; ++t) pool.emplace_back(work);
+  work();
+  for (auto& thread : pool) thread.join();
+  if (failure) std::rethrow_exception(failure);
+}
+
+class SnapshotKey final : public IRegistryKey {
+ public:
+  explicit SnapshotKey(const TRegistrySnapshot::Node& node) : node_(node) {}
+
+  std::vector<std::wstring> SubKeyNames() const override { return node_.subKeys; }
+  std::vector<std::wstring> ValueNames() const override {
+    std::vector<std::wstring> names;
+    names.reserve(node_.values.size());
+    for (const auto& [name, value] : node_.values) names.push_back(name);
+    return names;
+  }
+  std::vector<std::pair<std::wstring, RegValue>> Values() const override { return node_.values; }
+  std::optional<RegValue> ReadValue(std::wstring_view name) const override {
+    for (const auto& [stored, value] : node_.values) {
+      if (text::SameText(stored, name)) return value;
+    }
+    return std::nullopt;
+  }
+  bool ValueExists(std::wstring_view name) const override { return ReadValue(name).has_value(); }
+  // The copy is read-only.
+  bool WriteValue(std::wstring_view, const RegValue&) override { return false; }
+  bool DeleteValue(std::wstring_view) override { return false; }
+  std::uint64_t LastWriteTime() const override { return 0; }
+
+ private:
+  const TRegistrySnapshot::Node& node_;
+};
+
+}  // namespace
+
+TRegistrySnapshot::TRegistrySnapshot(IRegistry& live) : live_(live) {}
+
+void TRegistrySnapshot::Capture(const std::vector<Tree>& trees) {
+  struct Pending {
+    RegRoot root;
+    bool use64;
+    std::wstring path;
+  };
+  std::vector<Pending> level;
+  for (const auto& tree : trees) {
+    std::wstring id = NodeId(tree.root, tree.path, tree.use64);
+    std::erase_if(nodes_, [&](const auto& node) { return Inside(node.first, id); });
+    if (std::find(trees_.begin(), trees_.end(), id) == trees_.end()) trees_.push_back(id);
+    level.push_back({tree.root, tree.use64, std::wstring(TrimSlashes(tree.path))});
+  }
+  // Level by level, so the threads start once per depth, not once per key.
+  while (!level.empty()) {
+    std::vector<std::optional<Node>> read(level.size());
+    ForEachParallel(level.size(), live_.ConcurrentReaders(), [&](std::size_t i) {
+      auto key = live_.OpenKey(level[i].root, level[i].path, RegAccess::Read, level[i].use64);
+      if (key) read[i] = Node{key->SubKeyNames(), key->Values()};
+    });
+    std::vector<Pending> next;
+    for (std::size_t i = 0; i < level.size(); ++i) {
+      if (!read[i]) continue;
+      for (const auto& name : read[i]->subKeys) {
+        next.push_back({level[i].root, level[i].use64,
+                        level[i].path.empty() ? name : level[i].path + L"\\" + name});
+      }
+      nodes_[NodeId(level[i].root, level[i].path, level[i].use64)] = std::move(*read[i]);
+    }
+    level = std::move(next);
+  }
+}
+
+const TRegistrySnapshot::Node* TRegistrySnapshot::Find(RegRoot root, std::wstring_view path,
+                                                       bool use64, bool& copied) const {
+  std::wstring id = NodeId(root, path, use64);
+  copied = std::any_of(trees_.begin(), trees_.end(),
+                       [&](const std::wstring& tree) { return Inside(id, tree); });
+  if (!copied) return nullptr;
+  auto found = nodes_.find(id);
+  return found == nodes_.end() ? nullptr : &found->second;
+}
+
+std::unique_ptr<IRegistryKey> TRegistrySnapshot::OpenKey(RegRoot root, std::wstring_view path,
+                                                         RegAccess access, bool use64) {
+  bool copied = false;
+  const Node* node = access == RegAccess::Read ? Find(root, path, use64, copied) : nullptr;
+  if (!copied) return live_.OpenKey(root, path, access, use64);
+  return node ? std::make_unique<SnapshotKey>(*node) : nullptr;
+}
+
+std::unique_ptr<IRegistryKey> TRegistrySnapshot::CreateKey(RegRoot root, std::wstring_view path,
+                                                           bool use64) {
+  return live_.CreateKey(root, path, use64);
+}
+
+bool TRegistrySnapshot::KeyExists(RegRoot root, std::wstring_view path, bool use64) {
+  bool copied = false;
+  const Node* node = Find(root, path, use64, copied);
+  return copied ? node != nullptr : live_.KeyExists(root, path, use64);
+}
+
+bool TRegistrySnapshot::DeleteKey(RegRoot root, std::wstring_view path, bool use64) {
+  return live_.DeleteKey(root, path, use64);
+}
+
+}  // namespace varnel
