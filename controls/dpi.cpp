@@ -23,4 +23,16 @@ UniqueFont MessageFont(UINT dpi, bool bold, bool underline) {
   return UniqueFont(CreateFontIndirectW(&font));
 }
 
+int SingleLineEditHeight(HWND edit, UINT dpi) {
+  TEXTMETRICW metrics{};
+  if (HDC dc = GetDC(edit)) {
+    HGDIOBJ old = SelectObject(dc, reinterpret_cast<HFONT>(SendMessageW(edit, WM_GETFONT, 0, 0)));
+    if (!GetTextMetricsW(dc, &metrics)) metrics.tmHeight = 0;
+    SelectObject(dc, old);
+    ReleaseDC(edit, dc);
+  }
+  if (metrics.tmHeight <= 0) metrics.tmHeight = Scale(16, dpi);
+  return metrics.tmHeight + Scale(4, dpi) + 2 * GetSystemMetricsForDpi(SM_CYEDGE, dpi);
+}
+
 }  // namespace varnel::controls

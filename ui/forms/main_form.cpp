@@ -251,16 +251,13 @@ void TUninstallForm_Main::Layout() {
   bottomInfo_.Move(m, height - m - s(20), left - m, s(20));
 
   const int x = left + m, rowH = s(22), detailsH = s(96);
-  const int searchH = s(26);
+  const int searchH = controls::SingleLineEditHeight(search_.Handle(), dpi_);
   search_.Move(x, m, width - x - m - searchH - s(4), searchH);
   searchClear_.Move(width - m - searchH, m, searchH, searchH);
   const int listTop = m + searchH + s(8);
   const int listH = height - m - detailsH - s(8) - listTop;
   list_.Move(x, listTop, width - x - m, listH > 0 ? listH : 0);
-  // The name column takes what the others leave, never less than 300.
-  const int rest = width - x - m - list_.ColumnWidth(1) - list_.ColumnWidth(2) -
-                   GetSystemMetricsForDpi(SM_CXVSCROLL, dpi_) - s(6);
-  list_.SetColumnWidth(0, rest > s(300) ? rest : s(300));
+  FitColumns();
 
   const int dy = height - m - detailsH;
   detailsIcon_.Move(x, dy + s(4), s(48), s(48));
@@ -332,13 +329,25 @@ int TUninstallForm_Main::ShowSoftwareList(int filter, const std::wstring& search
     list_.InsertCallbackItem(at++, index, group);
   }
   list_.SetRedraw(true);
+  FitColumns();
   list_.Invalidate();
   UpdateDetails();
   return filter;
 }
 
+// The name column takes what the others leave of the list's client width,
+// which loses the scroll bar's room only while there is one; never less
+// than 300.
+void TUninstallForm_Main::FitColumns() {
+  const int rest = list_.Client().right - list_.ColumnWidth(1) - list_.ColumnWidth(2);
+  const int least = controls::Scale(300, dpi_);
+  list_.SetColumnWidth(0, rest > least ? rest : least);
+}
+
 void TUninstallForm_Main::ShowCategory(int button) {
-  ApplySearchLook(SearchBoxOnExit(L"", messages_.searchSoftware));
+  // A box with the keys in it (F5 there) is emptied as on entering: no placeholder to type into.
+  ApplySearchLook(GetFocus() == search_.Handle() ? SearchBoxOnEnter(L"", messages_.searchSoftware)
+                                                 : SearchBoxOnExit(L"", messages_.searchSoftware));
   if (!state_.ChooseCategory(button)) {
     if (button >= 0 && button < 6) controls::Button(categories_[button]).SetChecked(true);
     return;
@@ -423,6 +432,10 @@ void TUninstallForm_Main::ApplySearchLook(const TSearchBoxLook& look) {
   if (!look.keepText) search_.SetText(look.text);
   searchClear_.Show(look.clearButton);
   searchFontColour_ = look.fontColour;
+  if (!searchBrush_ || look.boxColour != searchBoxColour_) {
+    searchBoxColour_ = look.boxColour;
+    searchBrush_.reset(CreateSolidBrush(searchBoxColour_));
+  }
   search_.Invalidate();
 }
 
@@ -737,7 +750,16 @@ LRESULT TUninstallForm_Main::HandleMessage(UINT message, WPARAM wParam, LPARAM l
       CreateControls();
       return 0;
     case WM_ACTIVATE:
-      if (LOWORD(wParam) != WA_INACTIVE) FormActivate();
+      if (LOWORD(wParam) == WA_INACTIVE) {
+        // The default handling gives the focus to the frame on return; keep the control's.
+        if (HWND focus = GetFocus(); focus && IsChild(hwnd_, focus)) lastFocus_ = focus;
+        break;
+      }
+      FormActivate();
+      if (lastFocus_ && IsChild(hwnd_, lastFocus_) && !IsIconic(hwnd_)) {
+        SetFocus(lastFocus_);
+        return 0;
+      }
       break;
     case WM_TIMER:
       if (wParam == kGetSoftwareTimer) TimerGetSoftware();
@@ -785,8 +807,9 @@ LRESULT TUninstallForm_Main::HandleMessage(UINT message, WPARAM wParam, LPARAM l
       if (reinterpret_cast<HWND>(lParam) == search_.Handle()) {
         HDC dc = reinterpret_cast<HDC>(wParam);
         SetTextColor(dc, searchFontColour_);
-        SetBkColor(dc, GetSysColor(COLOR_WINDOW));
-        return reinterpret_cast<LRESULT>(GetSysColorBrush(COLOR_WINDOW));
+        SetBkColor(dc, searchBoxColour_);
+        return reinterpret_cast<LRESULT>(searchBrush_ ? searchBrush_.get()
+                                                      : GetSysColorBrush(COLOR_WINDOW));
       }
       break;
     case WM_CTLCOLORSTATIC:

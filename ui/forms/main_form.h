@@ -98,6 +98,7 @@ class TUninstallForm_Main : public controls::BaseWindow<TUninstallForm_Main>,
   void RestorePointClick();
   void OpenForcedUninstall(const std::wstring& file);
   int Ask(const std::wstring& text, UINT flags);
+  void FitColumns();
 
   TApplication& app_;
   TUninstalling_Form* uninstalling_ = nullptr;
@@ -110,8 +111,11 @@ class TUninstallForm_Main : public controls::BaseWindow<TUninstallForm_Main>,
   std::unordered_map<int, TSoftRow> rows_;  // by record index, for the rows shown
   Messages messages_;
   bool firstActivation_ = true;
+  HWND lastFocus_ = nullptr;  // the control with the keys when the window was last left
   bool listStyleFlag_ = false;  // consumed by later work on the window
   std::uint32_t searchFontColour_ = 0;
+  std::uint32_t searchBoxColour_ = 0;
+  controls::UniqueBrush searchBrush_;  // of searchBoxColour_
 
   HWND categories_[6] = {};
   controls::Edit search_;
