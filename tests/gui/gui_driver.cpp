@@ -2,6 +2,7 @@
 
 #include <commctrl.h>
 
+#include <iterator>
 #include <utility>
 
 namespace varnel::guitest {
@@ -20,6 +21,31 @@ bool WaitUntil(const std::function<bool()>& done, std::chrono::milliseconds limi
     while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) DispatchMessageW(&message);
   }
   return true;
+}
+
+void PressKey(WORD key, std::initializer_list<WORD> modifiers) {
+  std::vector<INPUT> strokes;
+  auto add = [&](WORD vk, bool up) {
+    INPUT input{};
+    input.type = INPUT_KEYBOARD;
+    input.ki.wVk = vk;
+    input.ki.wScan = static_cast<WORD>(MapVirtualKeyW(vk, MAPVK_VK_TO_VSC));
+    input.ki.dwFlags = up ? KEYEVENTF_KEYUP : 0;
+    strokes.push_back(input);
+  };
+  for (WORD modifier : modifiers) add(modifier, false);
+  add(key, false);
+  add(key, true);
+  for (auto it = std::rbegin(modifiers); it != std::rend(modifiers); ++it) add(*it, true);
+  SendInput(static_cast<UINT>(strokes.size()), strokes.data(), sizeof(INPUT));
+}
+
+void TypeLetters(std::wstring_view letters) {
+  for (wchar_t c : letters) {
+    // The virtual-key codes of letters are their capitals; unshifted they type lower case.
+    const bool letter = c >= L'a' && c <= L'z';
+    PressKey(static_cast<WORD>(letter ? c - L'a' + L'A' : c));
+  }
 }
 
 std::wstring WindowText(HWND window) {
@@ -51,6 +77,19 @@ bool Program::Start(const std::wstring& exe, const std::wstring& args) {
   process_ = info.hProcess;
   pid_ = info.dwProcessId;
   return true;
+}
+
+bool Program::Activate() {
+  if (!main_) return false;
+  SetForegroundWindow(main_);
+  return WaitUntil([&] { return GetForegroundWindow() == main_; });
+}
+
+HWND Program::Focus() const {
+  GUITHREADINFO info{};
+  info.cbSize = sizeof info;
+  if (!main_ || !GetGUIThreadInfo(GetWindowThreadProcessId(main_, nullptr), &info)) return nullptr;
+  return info.hwndFocus;
 }
 
 HWND Program::FindOwnWindow(const wchar_t* className) const {

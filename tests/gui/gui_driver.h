@@ -4,7 +4,9 @@
 
 #include <chrono>
 #include <functional>
+#include <initializer_list>
 #include <string>
+#include <string_view>
 #include <vector>
 
 // Starts VarnelUninstaller.exe and reads and drives its windows from outside,
@@ -16,6 +18,12 @@ namespace varnel::guitest {
 // passes; false after `limit`.
 bool WaitUntil(const std::function<bool()>& done,
                std::chrono::milliseconds limit = std::chrono::seconds(30));
+
+// Real key strokes through the system's input queue: they reach whichever
+// window has the keyboard focus, with `modifiers` held down around the key.
+void PressKey(WORD key, std::initializer_list<WORD> modifiers = {});
+// Lower-case letters, digits and spaces, one stroke each.
+void TypeLetters(std::wstring_view letters);
 
 class Program {
  public:
@@ -30,6 +38,10 @@ class Program {
   bool WaitForList(int rows);
   // WM_CLOSE to the main window, then waits for the exit; the exit code.
   int Close();
+  // Brings the main window to the front, so that key strokes go to it.
+  bool Activate();
+  // The window with the keyboard focus in the program's window thread.
+  HWND Focus() const;
   DWORD Pid() const { return pid_; }
   HANDLE Process() const { return process_; }
 

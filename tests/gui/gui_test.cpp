@@ -6,10 +6,13 @@
 #include <windows.h>
 
 #include <commctrl.h>
+#include <shlobj.h>
 
+#include <algorithm>
 #include <fstream>
 #include <iterator>
 #include <string>
+#include <vector>
 
 #include "core/os_name.h"
 #include "core/text.h"
@@ -42,6 +45,103 @@ std::wstring ReadUtf8(const std::wstring& path) {
   bytes.resize(got);
   if (bytes.rfind("\xEF\xBB\xBF", 0) == 0) bytes.erase(0, 3);
   return text::FromUtf8(bytes);
+}
+
+// The value of `key` in `section` of a language file's text; empty when absent.
+std::wstring LngValue(const std::wstring& file, const std::wstring& section,
+                      const std::wstring& key) {
+  const std::wstring head = L"[" + section + L"]\r\n";
+  const std::size_t start = file.find(head);
+  if (start == std::wstring::npos) return {};
+  const std::size_t end = file.find(L"\r\n[", start + head.size());
+  const std::wstring body = L"\r\n" + file.substr(start + head.size(), end - start - head.size());
+  const std::size_t at = body.find(L"\r\n" + key + L"=");
+  if (at == std::wstring::npos) return {};
+  const std::size_t value = at + 2 + key.size() + 1;
+  return body.substr(value, body.find(L"\r\n", value) - value);
+}
+
+std::wstring WithCount(std::wstring format, int count) {
+  const std::size_t at = format.find(L"%d");
+  if (at != std::wstring::npos) format.replace(at, 2, std::to_wstring(count));
+  return format;
+}
+
+// The user's language choice, in the ini file the program reads it from;
+// gone again when this goes.
+class LanguageChoice {
+ public:
+  explicit LanguageChoice(const std::wstring& language) {
+    wchar_t appData[MAX_PATH] = {};
+    if (FAILED(SHGetFolderPathW(nullptr, CSIDL_APPDATA, nullptr, 0, appData))) return;
+    std::wstring folder = std::wstring(appData) + L"\\Varnel";
+    CreateDirectoryW(folder.c_str(), nullptr);
+    folder += L"\\Brightdeck V4";
+    CreateDirectoryW(folder.c_str(), nullptr);
+    file_ = folder + L"\\Main.ini";
+    std::ofstream(text::ToUtf8(file_).c_str(), std::ios::binary)
+        << "[Main]\r\nLanguage=" << text::ToUtf8(language) << "\r\n";
+  }
+  ~LanguageChoice() { Remove(); }
+  bool Written() const { return !file_.empty() && FileExists(file_); }
+  bool Remove() { return file_.empty() || DeleteFileW(file_.c_str()) || !FileExists(file_); }
+
+ private:
+  std::wstring file_;
+};
+
+// A per-user Uninstall entry written while the program runs; deleted on leaving.
+class AddedEntry {
+ public:
+  AddedEntry(const std::wstring& key, const std::wstring& name)
+      : path_(L"Software\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\" + key) {
+    HKEY handle = nullptr;
+    if (RegCreateKeyExW(HKEY_CURRENT_USER, path_.c_str(), 0, nullptr, 0, KEY_WRITE, nullptr,
+                        &handle, nullptr) != ERROR_SUCCESS)
+      return;
+    const std::wstring command = L"C:\\Apps\\" + key + L"\\unins.exe";
+    written_ = Set(handle, L"DisplayName", name) && Set(handle, L"UninstallString", command);
+    RegCloseKey(handle);
+  }
+  ~AddedEntry() { Remove(); }
+  bool Written() const { return written_; }
+  bool Remove() {
+    const LONG result = RegDeleteKeyW(HKEY_CURRENT_USER, path_.c_str());
+    return result == ERROR_SUCCESS || result == ERROR_FILE_NOT_FOUND;
+  }
+
+ private:
+  static bool Set(HKEY handle, const wchar_t* name, const std::wstring& value) {
+    return RegSetValueExW(handle, name, 0, REG_SZ, reinterpret_cast<const BYTE*>(value.c_str()),
+                          static_cast<DWORD>((value.size() + 1) * sizeof(wchar_t))) ==
+           ERROR_SUCCESS;
+  }
+  std::wstring path_;
+  bool written_ = false;
+};
+
+// Whether a child of `window` shows exactly `text` (a message box's prompt).
+bool ShowsText(HWND window, const std::wstring& text) {
+  for (HWND child = GetWindow(window, GW_CHILD); child; child = GetWindow(child, GW_HWNDNEXT))
+    if (WindowText(child) == text) return true;
+  return false;
+}
+
+std::vector<std::wstring> ListBoxLines(HWND box) {
+  std::vector<std::wstring> lines;
+  DWORD_PTR count = 0;
+  SendMessageTimeoutW(box, LB_GETCOUNT, 0, 0, SMTO_NORMAL, 10000, &count);
+  for (DWORD_PTR i = 0; i < count; ++i) {
+    wchar_t line[1024] = {};
+    DWORD_PTR length = 0;
+    SendMessageTimeoutW(box, LB_GETTEXTLEN, i, 0, SMTO_NORMAL, 10000, &length);
+    if (length >= 1024) return {};
+    // The system carries the text across the process boundary for list boxes.
+    SendMessageTimeoutW(box, LB_GETTEXT, i, reinterpret_cast<LPARAM>(line), SMTO_NORMAL, 10000,
+                        nullptr);
+    lines.emplace_back(line);
+  }
+  return lines;
 }
 
 class Gui : public testing::Test {
@@ -126,6 +226,65 @@ TEST(GuiStart, RightMenuDeletesTheNamedFileAndOpensForcedUninstallWhenItStays) {
     EXPECT_EQ(WindowText(GetDlgItem(force, 102)), victim);
   }
   CloseHandle(busy);
+  EXPECT_EQ(app.Close(), 0);
+}
+
+TEST(GuiLanguage, GermanChoiceTranslatesTheMainWindowAndEnglishReturnsWithoutIt) {
+  const std::wstring folder = kAppDir + L"Toolbox_Language\\";
+  const std::wstring german = ReadUtf8(folder + L"German.lng");
+  const std::wstring english = ReadUtf8(folder + L"English.lng");
+  ASSERT_FALSE(german.empty());
+  ASSERT_FALSE(english.empty());
+  // What the window shows against what a language file says it should.
+  auto shown = [](Program& app) {
+    return std::vector<std::wstring>{WindowText(app.Control(Id::CategoryFirst)),
+                                     WindowText(app.Control(Id::CategoryFirst + 5)),
+                                     WindowText(app.Control(Id::Uninstall)),
+                                     WindowText(app.Control(Id::ForceUninstall)),
+                                     WindowText(app.Control(Id::DetailsIdle)),
+                                     app.ColumnText(0),
+                                     app.ColumnText(1),
+                                     app.ColumnText(2),
+                                     WindowText(app.Control(Id::BottomInfo)),
+                                     WindowText(app.Control(Id::SearchEdit))};
+  };
+  auto expected = [](const std::wstring& lng) {
+    const std::wstring form = L"Uninstaller_UninstallForm_Main", messages = form + L"_M";
+    auto caption = [&](const wchar_t* name) { return LngValue(lng, form, name); };
+    return std::vector<std::wstring>{
+        caption(L"Label_AllProgrames.Caption"),
+        caption(L"Label_WindowsUpdates.Caption"),
+        caption(L"Label_Uninstall.Caption"),
+        caption(L"Label_ForcedUninstalled.Caption"),
+        caption(L"Label_Details_Idle.Caption"),
+        WithCount(LngValue(lng, messages, L"M_SoftwareFormat"), kVisible),
+        caption(L"ListView_SoftwareList.Columns[1].Caption"),
+        caption(L"ListView_SoftwareList.Columns[2].Caption"),
+        WithCount(LngValue(lng, messages, L"M_Items"), kVisible),
+        LngValue(lng, messages, L"M_SearchSoftware")};
+  };
+  const std::vector<std::wstring> de = expected(german), en = expected(english);
+  // Every text compared is one the two languages spell differently.
+  for (std::size_t i = 0; i < de.size(); ++i) {
+    EXPECT_FALSE(de[i].empty()) << i;
+    EXPECT_NE(de[i], en[i]) << i;
+  }
+  EXPECT_EQ(de[6], L"Gr\u00f6\u00dfe");
+
+  LanguageChoice choice(L"German");
+  ASSERT_TRUE(choice.Written());
+  {
+    Program app;
+    ASSERT_TRUE(app.Start(kApp));
+    ASSERT_TRUE(app.WaitForList(kVisible));
+    EXPECT_EQ(shown(app), de);
+    EXPECT_EQ(app.Close(), 0);
+  }
+  ASSERT_TRUE(choice.Remove());
+  Program app;
+  ASSERT_TRUE(app.Start(kApp));
+  ASSERT_TRUE(app.WaitForList(kVisible));
+  EXPECT_EQ(shown(app), en);
   EXPECT_EQ(app.Close(), 0);
 }
 
@@ -312,6 +471,116 @@ TEST_F(Gui, ExportWritesHeaderAndEveryVisibleRecordInListOrder) {
             std::wstring::npos);
   EXPECT_EQ(records.find(L"Software Name: Gamma Notes", records.find(L"Gamma Notes") + 1),
             std::wstring::npos);
+}
+
+TEST_F(Gui, KeysRefreshWithF5AndSearchWithCtrlFThenEscapeClears) {
+  auto listed = [&](const std::wstring& name) {
+    const auto captions = app.Captions();
+    return std::find(captions.begin(), captions.end(), name) != captions.end();
+  };
+  ASSERT_TRUE(app.Activate());
+  AddedEntry added(L"K_Kappa", L"Kappa Tool");
+  ASSERT_TRUE(added.Written());
+  EXPECT_FALSE(listed(L"Kappa Tool"));
+  PressKey(VK_F5);
+  EXPECT_TRUE(WaitUntil([&] { return app.RowCount() == kVisible + 1 && listed(L"Kappa Tool"); }));
+  EXPECT_EQ(app.ColumnText(0), L"Software Name (Total:5)");
+
+  HWND edit = app.Control(Id::SearchEdit);
+  HWND clear = app.Control(Id::SearchClear);
+  EXPECT_NE(app.Focus(), edit);
+  PressKey('F', {VK_CONTROL});
+  ASSERT_TRUE(WaitUntil([&] { return app.Focus() == edit; }));
+  EXPECT_EQ(WindowText(edit), L"");  // the placeholder leaves with the focus coming in
+  TypeLetters(L"office");
+  EXPECT_TRUE(WaitUntil([&] {
+    return WindowText(edit) == L"office" && app.ColumnText(0) == L"Software Name (Total:1)";
+  }));
+  EXPECT_EQ(app.Captions(), std::vector<std::wstring>{L"Delta Office Suite(x64)"});
+  EXPECT_TRUE(IsWindowVisible(clear));
+  PressKey(VK_ESCAPE);
+  EXPECT_TRUE(WaitUntil([&] { return app.RowCount() == kVisible + 1; }));
+  EXPECT_EQ(WindowText(edit), L"");
+  EXPECT_FALSE(IsWindowVisible(clear));
+  EXPECT_EQ(app.Focus(), edit);
+
+  // F5 with the keys still in the box: the list comes back whole, the box stays
+  // empty and takes what is typed next as a search.
+  ASSERT_TRUE(added.Remove());
+  PressKey(VK_F5);
+  EXPECT_TRUE(WaitUntil([&] { return app.RowCount() == kVisible && WindowText(edit).empty(); }))
+      << app.RowCount() << " rows, box \"" << text::ToUtf8(WindowText(edit)) << "\"";
+  TypeLetters(L"kappa");
+  EXPECT_TRUE(WaitUntil([&] { return WindowText(edit) == L"kappa"; }))
+      << "box \"" << text::ToUtf8(WindowText(edit)) << "\"";
+  EXPECT_TRUE(WaitUntil([&] { return app.ColumnText(0) == L"Software Name (Total:0)"; }));
+  PressKey(VK_ESCAPE);
+  EXPECT_TRUE(WaitUntil([&] { return app.RowCount() == kVisible; }));
+  EXPECT_FALSE(listed(L"Kappa Tool"));
+}
+
+TEST_F(Gui, KeysTabWalksTheControlsDeleteAndEnterAskToUninstallTheSelectedRow) {
+  ASSERT_TRUE(app.Activate());
+  // Only the checked category button is a tab stop; the hidden clear button is skipped.
+  const std::vector<int> cycle = {Id::CategoryFirst,  Id::SearchEdit,     Id::List,
+                                  Id::Uninstall,      Id::BatchUninstall, Id::ForceUninstall,
+                                  Id::More,           Id::CategoryFirst};
+  std::vector<int> order;
+  HWND at = app.Focus();
+  for (std::size_t i = 0; i < cycle.size(); ++i) {
+    PressKey(VK_TAB);
+    if (!WaitUntil([&] { return app.Focus() != at; }, std::chrono::seconds(5))) break;
+    at = app.Focus();
+    order.push_back(GetDlgCtrlID(at));
+  }
+  EXPECT_EQ(order, cycle);
+  EXPECT_EQ(WindowText(app.Control(Id::SearchEdit)), L"Search Software");
+  PressKey(VK_TAB, {VK_SHIFT});
+  EXPECT_TRUE(WaitUntil([&] { return app.Focus() == app.Control(Id::More); }));
+
+  // Back into the list, where Home selects the first row.
+  for (int i = 0; i < 4; ++i) PressKey(VK_TAB, {VK_SHIFT});
+  ASSERT_TRUE(WaitUntil([&] { return app.Focus() == app.List(); }));
+  EXPECT_EQ(app.SelectedRow(), -1);
+  PressKey(VK_HOME);
+  ASSERT_TRUE(WaitUntil([&] { return app.SelectedRow() == 0; }));
+  // The uninstalling window lists names, without the caption's "(x64)".
+  std::wstring first = app.Cell(0, 0);
+  if (first.ends_with(L"(x64)")) first.resize(first.size() - 5);
+  const std::wstring prompt = L"Are you sure you want to uninstall the selected programs?";
+  HWND uninstalling = app.FindOwnWindow(L"TUninstalling_Form");
+  ASSERT_NE(uninstalling, nullptr);
+
+  PressKey(VK_DELETE);
+  HWND box = app.WaitForDialog();
+  ASSERT_NE(box, nullptr);
+  EXPECT_TRUE(ShowsText(box, prompt));
+  EXPECT_EQ(WindowText(box), L"Varnel Uninstaller");
+  Answer(IDNO);
+  EXPECT_FALSE(IsWindowVisible(uninstalling));
+  EXPECT_EQ(app.SelectedRow(), 0);
+  // The answer given, the keys go on where they were.
+  EXPECT_TRUE(WaitUntil([&] { return app.Focus() == app.List(); }, std::chrono::seconds(5)))
+      << "focus on control " << GetDlgCtrlID(app.Focus());
+
+  // Enter in the list is the default button's: the same question, and on Yes
+  // the uninstalling window gets the row as its one job; Escape closes it and
+  // the list is filled afresh, with the keys back in it.
+  PressKey(VK_RETURN);
+  box = app.WaitForDialog();
+  ASSERT_NE(box, nullptr);
+  EXPECT_TRUE(ShowsText(box, prompt));
+  PostMessageW(box, WM_COMMAND, IDYES, 0);
+  ASSERT_TRUE(WaitUntil([&] { return IsWindowVisible(uninstalling) != FALSE; }));
+  EXPECT_FALSE(IsWindowEnabled(app.Main()));
+  EXPECT_EQ(ListBoxLines(FindWindowExW(uninstalling, nullptr, L"ListBox", nullptr)),
+            std::vector<std::wstring>{first});
+  ASSERT_TRUE(WaitUntil([&] { return GetForegroundWindow() == uninstalling; }));
+  PressKey(VK_ESCAPE);
+  EXPECT_TRUE(WaitUntil([&] { return !IsWindowVisible(uninstalling); }));
+  EXPECT_TRUE(WaitUntil([&] { return IsWindowEnabled(app.Main()) != FALSE; }));
+  EXPECT_TRUE(WaitUntil([&] { return app.SelectedRow() == -1 && app.RowCount() == kVisible; }));
+  EXPECT_TRUE(WaitUntil([&] { return app.Focus() == app.List(); }, std::chrono::seconds(5)));
 }
 
 // Last: it removes an entry for good.
