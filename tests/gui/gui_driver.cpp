@@ -4,6 +4,7 @@
 
 #include <iterator>
 #include <utility>
+#include <vector>
 
 namespace varnel::guitest {
 
@@ -135,16 +136,25 @@ int Program::Close() {
   return static_cast<int>(code);
 }
 
-bool Program::Remote(void* local, std::size_t size,
-                     const std::function<void(void*)>& send) const {
+bool Program::Remote(void* local, std::size_t size, const std::function<void(void*)>& send,
+                     LPWSTR* textField, std::wstring* text) const {
   // Room for the structure and a text buffer behind it.
   const std::size_t total = size + kTextChars * sizeof(wchar_t);
   void* remote = VirtualAllocEx(process_, nullptr, total, MEM_COMMIT, PAGE_READWRITE);
   if (!remote) return false;
+  auto* buffer = reinterpret_cast<wchar_t*>(static_cast<char*>(remote) + size);
+  if (textField) *textField = buffer;
   bool ok = WriteProcessMemory(process_, remote, local, size, nullptr) != FALSE;
   if (ok) {
     send(remote);
     ok = ReadProcessMemory(process_, remote, local, size, nullptr) != FALSE;
+  }
+  if (ok && text) {
+    std::vector<wchar_t> read(kTextChars, L'\0');
+    ok = ReadProcessMemory(process_, buffer, read.data(), kTextChars * sizeof(wchar_t), nullptr) !=
+         FALSE;
+    read.back() = 0;
+    if (ok) *text = read.data();
   }
   VirtualFreeEx(process_, remote, 0, MEM_RELEASE);
   return ok;
@@ -157,26 +167,17 @@ int Program::RowCount() const {
 }
 
 std::wstring Program::Cell(int row, int column) const {
-  struct Block {
-    LVITEMW item;
-    wchar_t text[kTextChars];
-  } block{};
+  LVITEMW item{};
+  item.iSubItem = column;
+  item.cchTextMax = kTextChars;
   std::wstring result;
-  void* remote = VirtualAllocEx(process_, nullptr, sizeof block, MEM_COMMIT, PAGE_READWRITE);
-  if (!remote) return result;
-  block.item.iSubItem = column;
-  block.item.cchTextMax = kTextChars;
-  block.item.pszText = reinterpret_cast<Block*>(remote)->text;
-  if (WriteProcessMemory(process_, remote, &block, sizeof block, nullptr)) {
-    DWORD_PTR length = 0;
-    SendMessageTimeoutW(List(), LVM_GETITEMTEXTW, row, reinterpret_cast<LPARAM>(remote),
-                        SMTO_NORMAL, 10000, &length);
-    if (ReadProcessMemory(process_, remote, &block, sizeof block, nullptr)) {
-      block.text[kTextChars - 1] = 0;
-      result = block.text;
-    }
-  }
-  VirtualFreeEx(process_, remote, 0, MEM_RELEASE);
+  Remote(
+      &item, sizeof item,
+      [&](void* remote) {
+        SendMessageTimeoutW(List(), LVM_GETITEMTEXTW, row, reinterpret_cast<LPARAM>(remote),
+                            SMTO_NORMAL, 10000, nullptr);
+      },
+      &item.pszText, &result);
   return result;
 }
 
@@ -187,25 +188,17 @@ int Program::GroupOf(int row) const {
 }
 
 std::wstring Program::ColumnText(int column) const {
-  struct Block {
-    LVCOLUMNW column;
-    wchar_t text[kTextChars];
-  } block{};
+  LVCOLUMNW header{};
+  header.mask = LVCF_TEXT;
+  header.cchTextMax = kTextChars;
   std::wstring result;
-  void* remote = VirtualAllocEx(process_, nullptr, sizeof block, MEM_COMMIT, PAGE_READWRITE);
-  if (!remote) return result;
-  block.column.mask = LVCF_TEXT;
-  block.column.cchTextMax = kTextChars;
-  block.column.pszText = reinterpret_cast<Block*>(remote)->text;
-  if (WriteProcessMemory(process_, remote, &block, sizeof block, nullptr)) {
-    SendMessageTimeoutW(List(), LVM_GETCOLUMNW, column, reinterpret_cast<LPARAM>(remote),
-                        SMTO_NORMAL, 10000, nullptr);
-    if (ReadProcessMemory(process_, remote, &block, sizeof block, nullptr)) {
-      block.text[kTextChars - 1] = 0;
-      result = block.text;
-    }
-  }
-  VirtualFreeEx(process_, remote, 0, MEM_RELEASE);
+  Remote(
+      &header, sizeof header,
+      [&](void* remote) {
+        SendMessageTimeoutW(List(), LVM_GETCOLUMNW, column, reinterpret_cast<LPARAM>(remote),
+                            SMTO_NORMAL, 10000, nullptr);
+      },
+      &header.pszText, &result);
   return result;
 }
 

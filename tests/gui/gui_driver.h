@@ -70,7 +70,11 @@ class Program {
   HWND FindOwnWindow(const wchar_t* className) const;
 
  private:
-  bool Remote(void* local, std::size_t size, const std::function<void(void*)>& send) const;
+  // Copies `local` into the program, lets `send` use it there and copies it
+  // back. `textField`, when given, is pointed at a text buffer placed behind
+  // the copy, whose text lands in `text`.
+  bool Remote(void* local, std::size_t size, const std::function<void(void*)>& send,
+              LPWSTR* textField = nullptr, std::wstring* text = nullptr) const;
 
   HANDLE process_ = nullptr;
   DWORD pid_ = 0;
