@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/file_system.h"
+#include "platform/processes.h"
 #include "platform/registry.h"
 #include "platform/shell.h"
 #include "platform/system.h"
@@ -15,6 +16,8 @@ struct Platform {
   ISystem& system;
   IShell& shell;
   IWindowSteering& windows;
+  IProcesses& processes;
+  IRestorePoints& restorePoints;
 };
 
 }  // namespace varnel

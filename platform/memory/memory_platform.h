@@ -249,6 +249,45 @@ class MemoryWindows final : public IWindowSteering {
   std::vector<Window> windows_;
 };
 
+// Scripted programs: a command line (matched ignoring case) names a script
+// of what its job holds at each query; a command without one starts and is
+// gone at the first query. Every start and query is recorded in `events`.
+class MemoryProcesses final : public IProcesses {
+ public:
+  struct Script {
+    // The image names in the job at each query; the last entry stays.
+    // Empty: the job is empty from the first query on.
+    std::vector<std::vector<std::wstring>> polls;
+    int failingQueries = 0;     // the first N queries fail; -1: every one
+    std::optional<std::uint32_t> exitCode = 0;  // known once a query saw no process
+    bool failsToStart = false;
+    std::function<void()> onStart;   // runs when the program starts
+    std::function<void()> onFinish;  // runs at the first query that finds the job empty
+  };
+  std::unique_ptr<IJob> StartInJob(std::wstring_view commandLine, int show) override;
+  std::wstring ImageName(std::uint32_t processId) override;
+
+  // By upper-cased command line.
+  std::map<std::wstring, Script> scripts;
+  void AddScript(std::wstring_view commandLine, Script script);
+  // "start <command>", "query <command>" (one per query), "end <command>"
+  // (the first query that finds the job empty) and "fail <command>".
+  std::vector<std::wstring> events;
+  std::vector<int> shows;  // the show command of each start
+
+ private:
+  friend class MemoryJob;
+  std::map<std::uint32_t, std::wstring> images_;  // running processes
+  std::uint32_t nextId_ = 1000;
+};
+
+class MemoryRestorePoints final : public IRestorePoints {
+ public:
+  bool BeginRestorePoint(std::wstring_view description) override;
+  bool available = true;  // false: the library is missing
+  std::vector<std::wstring> begun;  // the descriptions asked for
+};
+
 // A whole machine: a 64-bit Windows 10 with the usual folders of user "test",
 // the shell-folder registry key, and no programs.
 class MemoryPlatform {
@@ -257,7 +296,9 @@ class MemoryPlatform {
   MemoryPlatform(const MemoryPlatform&) = delete;
   MemoryPlatform& operator=(const MemoryPlatform&) = delete;
 
-  Platform Get() { return Platform{registry, files, system, shell, windows}; }
+  Platform Get() {
+    return Platform{registry, files, system, shell, windows, processes, restorePoints};
+  }
 
   FaultSwitches faults;
   MemoryRegistry registry;
@@ -265,6 +306,8 @@ class MemoryPlatform {
   MemorySystem system;
   MemoryShell shell;
   MemoryWindows windows;
+  MemoryProcesses processes;
+  MemoryRestorePoints restorePoints;
 };
 
 }  // namespace varnel::mem

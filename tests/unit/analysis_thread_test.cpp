@@ -325,7 +325,8 @@ class HookedShell : public IShell {
 TEST_F(AnalysisThreadTest, StopWhileARecordIsAnalysedLeavesItsRowUnpainted) {
   for (const wchar_t* name : {L"Acme", L"Beta", L"Gamma"}) Add(name);
   HookedShell shell(m.shell);
-  const Platform hooked{m.registry, m.files, m.system, shell, m.windows};
+  const Platform hooked{m.registry, m.files, m.system, shell, m.windows, m.processes,
+                       m.restorePoints};
   TAnalysisThread thread(hooked, dispatcher, kCacheFile);
   shell.onExtract = [&](std::wstring_view file) {
     if (text::ContainsText(file, L"\\Beta\\")) thread.RequestStop();
