@@ -1,0 +1,102 @@
+#pragma once
+
+#include <atomic>
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "inventory/soft_list.h"
+#include "platform/platform.h"
+#include "uninstall/run_uninstaller.h"
+#include "uninstall/uninstall_texts.h"
+#include "uninstall/uninstall_view.h"
+
+namespace varnel {
+
+class TScanDriver;
+class IResultsTree;
+class IImageList;
+
+namespace JobMode {
+constexpr int Uninstall = 0;  // entries are record indexes
+constexpr int Forced = 1;     // the first entry is a file path
+}  // namespace JobMode
+
+// The uninstall sequence of the uninstalling window, without the window:
+// restore point, registry backup, each program's uninstaller in turn, the
+// day's log, then the completion notice (Standard) or the leftover scan
+// (Advanced). The window, the console tool and the tests drive it alike.
+class TUninstallSequence {
+ public:
+  struct Options {
+    bool restorePoint = true;  // the console tool makes one only when asked
+    // The command to run for a record instead of its uninstall string (the
+    // console tool's quiet forms); empty result: the record's own.
+    std::function<std::wstring(const TSoftInfo&)> commandFor;
+  };
+
+  TUninstallSequence(const Platform& platform, IUninstallView& view, TUninstallTexts texts,
+                     Options options);
+  TUninstallSequence(const Platform& platform, IUninstallView& view, TUninstallTexts texts);
+  ~TUninstallSequence();
+  TUninstallSequence(const TUninstallSequence&) = delete;
+  TUninstallSequence& operator=(const TUninstallSequence&) = delete;
+
+  // The software list the job indexes point into; it must outlive the run.
+  void SetSoftware(const TSoftList* list) { software_ = list; }
+  // A missing list changes nothing; otherwise the jobs are replaced.
+  void SetJobs(const std::vector<std::wstring>* jobs, int mode);
+  const std::vector<std::wstring>& Jobs() const { return jobs_; }
+  int Mode() const { return mode_; }
+  const TUninstallTexts& Texts() const { return texts_; }
+
+  // The window is about to show: clears the cancel flag, hides the markers
+  // and sets the three step captions.
+  void Prepare();
+  // The whole sequence, once; `advanced` is the mode chosen in the window.
+  void Run(bool advanced);
+  // Cancel or the close box while the sequence runs: stops the wait and a
+  // running scan. The window closes itself once the scan button is enabled.
+  void Cancel();
+  bool Cancelled() const { return cancel_; }
+
+  // "Powerful Scan": scans every job's program (or the forced file) into
+  // `tree`; returns the number of branches added.
+  int Scan(TScanDriver& driver, const IImageList* listImages, IResultsTree& tree,
+           IImageList* treeImages);
+
+  // What each program's run did, in job order; for the console tool.
+  const std::vector<TUninstallRun>& Runs() const { return runs_; }
+  // The day's log file the run wrote to; empty when nothing was written.
+  const std::wstring& LogFile() const { return logFile_; }
+
+ private:
+  void RestorePointStep();
+  void RegBackupStep();
+  void UninstallStep();
+  // Polls `finished` every `sleepMs`, cycling dots after `caption`.
+  void WaitWithDots(StepLine line, const std::atomic<bool>& finished, unsigned sleepMs,
+                    int counterWrap, int dotsDivisor);
+
+  Platform platform_;
+  IUninstallView& view_;
+  TUninstallTexts texts_;
+  Options options_;
+  const TSoftList* software_ = nullptr;
+  std::vector<std::wstring> jobs_;
+  int mode_ = JobMode::Uninstall;
+  std::atomic<bool> cancel_{false};
+  std::atomic<bool> stop_{false};  // the run step's wait
+  TScanDriver* scanning_ = nullptr;
+  std::vector<TUninstallRun> runs_;
+  std::wstring logFile_;
+};
+
+// "Select.ini" in the program's settings folder: section "Main", key
+// "Advanced", 1 for Advanced and 0 for Standard.
+void SaveModeChoice(const Platform& platform, bool advanced);
+// The saved choice; Standard (false) when there is none.
+bool LoadModeChoice(const Platform& platform);
+
+}  // namespace varnel
