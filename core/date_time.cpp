@@ -220,6 +220,17 @@ std::wstring FormatDate(std::wstring_view picture, TDateTime value) {
     } else if (c == L'y') {
       if (run <= 2) out += Padded(t.year % 100, run == 1 ? 1 : 2);
       else out += Padded(t.year, 4);
+    } else if (c == L'h' || c == L'H') {
+      int hour = t.hour;
+      if (c == L'h') hour = hour % 12 == 0 ? 12 : hour % 12;
+      out += run == 1 ? std::to_wstring(hour) : Padded(hour, 2);
+    } else if (c == L'm') {
+      out += run == 1 ? std::to_wstring(t.minute) : Padded(t.minute, 2);
+    } else if (c == L's') {
+      out += run == 1 ? std::to_wstring(t.second) : Padded(t.second, 2);
+    } else if (c == L't') {
+      const wchar_t* marker = t.hour < 12 ? L"AM" : L"PM";
+      out += run == 1 ? std::wstring(1, marker[0]) : std::wstring(marker);
     } else if (c == L'g') {
       // An era name is not shown.
     } else {

@@ -34,8 +34,9 @@ std::optional<TDateTime> ParseDate(std::wstring_view text, DateOrder order, wcha
 std::optional<TDateTime> ParseShortDate(ISystem& system, std::wstring_view text);
 
 // Formats with a picture in the system's notation: d dd ddd dddd M MM MMM MMMM
-// y yy yyyy, text in single quotes literal ('' is a quote), other characters
-// as they stand. Empty for a value DecodeDateTime cannot decode.
+// y yy yyyy, h hh (12-hour) H HH m mm s ss, t tt (A/P, AM/PM), text in single
+// quotes literal ('' is a quote), other characters as they stand. Empty for a
+// value DecodeDateTime cannot decode.
 std::wstring FormatDate(std::wstring_view picture, TDateTime value);
 std::wstring FormatShortDate(ISystem& system, TDateTime value);
 

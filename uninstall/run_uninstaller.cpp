@@ -1,6 +1,22 @@
 #include "uninstall/run_uninstaller.h"
 
+#include <array>
+
+#include "core/app_frame.h"
+#include "core/reboot_file_ops.h"
+#include "core/text.h"
+#include "platform/shell.h"
+
 namespace varnel {
+
+namespace {
+
+// Room for 101 ids, as the old 412-byte query buffer had.
+constexpr std::size_t kJobIdCapacity = 101;
+constexpr int kMaxFailedQueries = 10;
+constexpr unsigned kPollMs = 50;
+
+}  // namespace
 
 TUninstallRunner::TUninstallRunner(const Platform& platform, std::atomic<bool>& stop,
                                    std::function<void(const std::wstring&)> showCaption,
@@ -10,14 +26,75 @@ TUninstallRunner::TUninstallRunner(const Platform& platform, std::atomic<bool>& 
       showCaption_(std::move(showCaption)),
       processMessages_(std::move(processMessages)) {}
 
-TUninstallRun TUninstallRunner::RunUninstaller(const TSoftList& list, int index,
-                                               const std::wstring&, const std::wstring&) {
-  TUninstallRun run;
-  if (index < 0 || index >= static_cast<int>(list.size())) return run;
-  run.index = index;
-  return run;
+bool TUninstallRunner::IsBrowserImage(std::wstring_view imageName) {
+  static constexpr std::array<std::wstring_view, 5> kBrowsers = {
+      L"iexplore.exe", L"firefox.exe", L"chrome.exe", L"opera.exe", L"safari.exe"};
+  const std::wstring lower = text::Lower(imageName);
+  for (std::wstring_view browser : kBrowsers) {
+    if (lower == browser) return true;
+  }
+  return false;
 }
 
-bool TUninstallRunner::IsBrowserImage(std::wstring_view) { return false; }
+TUninstallRun TUninstallRunner::RunUninstaller(const TSoftList& list, int index,
+                                               const std::wstring& caption,
+                                               const std::wstring& command) {
+  TUninstallRun run;
+  if (index < 0 || index >= static_cast<int>(list.size()) || !list[index]) return run;
+  const TSoftInfo& record = *list[index];
+  run.index = index;
+
+  // An add-on folded into a program is removed by its manifest alone: the
+  // browser drops it at its next start, and the program's own uninstaller
+  // must not run for it.
+  if (IsBrowserAddon(record)) {
+    if (!platform_.files.RemoveFile(record.ToolbarFile)) {
+      ScheduleFileOnReboot(platform_, record.ToolbarFile, L"", RebootMode::Delete);
+    }
+    run.addonRemoved = true;
+    return run;
+  }
+
+  stop_ = false;
+  run.name = record.Name;
+  std::wstring commandLine = command.empty() ? record.UninstallString : command;
+  std::wstring allUsers;
+  TAppFrame(platform_).ExpandPathMacros(commandLine, allUsers);
+  run.command = commandLine;
+
+  std::unique_ptr<IJob> job = platform_.processes.StartInJob(commandLine, ShowCmd::Normal);
+  if (!job) return run;
+  run.started = true;
+
+  int failures = 0;
+  int counter = 0;
+  while (!stop_) {
+    const auto ids = job->ProcessIds(kJobIdCapacity);
+    if (!ids) {
+      if (++failures > kMaxFailedQueries) {
+        run.waitAbandoned = true;
+        break;
+      }
+    } else {
+      bool onlyBrowsers = true;
+      for (std::uint32_t id : *ids) {
+        if (!IsBrowserImage(platform_.processes.ImageName(id))) {
+          onlyBrowsers = false;
+          break;
+        }
+      }
+      if (onlyBrowsers) break;
+    }
+    if (showCaption_) {
+      showCaption_(caption + L" " + run.name + std::wstring(counter / 10 + 1, L'.'));
+    }
+    counter = (counter + 1) % 50;
+    platform_.system.SleepMs(kPollMs);
+    if (processMessages_) processMessages_();
+  }
+  if (stop_) run.waitAbandoned = true;
+  run.exitCode = job->ExitCode();
+  return run;
+}
 
 }  // namespace varnel

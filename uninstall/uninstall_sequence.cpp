@@ -1,8 +1,44 @@
 #include "uninstall/uninstall_sequence.h"
 
+#include <charconv>
+#include <limits>
+
+#include "core/date_time.h"
+#include "core/reboot_file_ops.h"
+#include "core/text.h"
 #include "leftovers/scan_driver.h"
+#include "uninstall/uninstall_log.h"
 
 namespace varnel {
+
+namespace {
+
+// A job entry as a record index; anything but a plain decimal number is -1.
+int ParseJobIndex(std::wstring_view entry) {
+  std::string narrow;
+  for (wchar_t c : entry) {
+    if (c > 0x7F) return -1;
+    narrow += static_cast<char>(c);
+  }
+  const char* first = narrow.data();
+  const char* last = first + narrow.size();
+  if (first != last && *first == '+') ++first;
+  int value = -1;
+  const auto [end, ec] = std::from_chars(first, last, value);
+  if (ec != std::errc() || end != last || first == last) return -1;
+  return value;
+}
+
+// The system's short date followed by its long time.
+std::wstring NowShortDateTime(ISystem& system) {
+  std::wstring datePicture = system.ShortDateFormat();
+  if (datePicture.empty()) datePicture = L"M/d/yyyy";
+  std::wstring timePicture = system.LongTimeFormat();
+  if (timePicture.empty()) timePicture = L"h:mm:ss tt";
+  return FormatDate(datePicture + L" " + timePicture, NowLocal(system));
+}
+
+}  // namespace
 
 TUninstallSequence::TUninstallSequence(const Platform& platform, IUninstallView& view,
                                        TUninstallTexts texts, Options options)
@@ -20,18 +56,120 @@ void TUninstallSequence::SetJobs(const std::vector<std::wstring>* jobs, int mode
   mode_ = mode;
 }
 
-void TUninstallSequence::Prepare() { cancel_ = false; }
-void TUninstallSequence::Run(bool) {}
-void TUninstallSequence::Cancel() { cancel_ = true; stop_ = true; }
-int TUninstallSequence::Scan(TScanDriver&, const IImageList*, IResultsTree&, IImageList*) {
-  return 0;
+void TUninstallSequence::Prepare() {
+  cancel_ = false;
+  view_.SetStep(-1);
+  view_.SetCaption(StepLine::RestorePoint, texts_.CreateRestorePoint);
+  view_.SetCaption(StepLine::RegBackup, texts_.CreateRegBackup);
+  view_.SetCaption(StepLine::Uninstalling, texts_.StandardUninstall);
 }
-void TUninstallSequence::RestorePointStep() {}
-void TUninstallSequence::RegBackupStep() {}
-void TUninstallSequence::UninstallStep() {}
-void TUninstallSequence::WaitWithDots(StepLine, const std::atomic<bool>&, unsigned, int, int) {}
 
-void SaveModeChoice(const Platform&, bool) {}
-bool LoadModeChoice(const Platform&) { return false; }
+void TUninstallSequence::Cancel() {
+  cancel_ = true;
+  stop_ = true;
+  if (TScanDriver* driver = scanning_.load()) driver->Stop();
+}
+
+void TUninstallSequence::Run(bool advanced) {
+  runs_.clear();
+  logFile_.clear();
+  view_.SetStep(0);
+  if (!cancel_ && options_.restorePoint) RestorePointStep();
+  if (!cancel_) RegBackupStep();
+  if (!cancel_) UninstallStep();
+  if (cancel_) {
+    view_.CloseWindow();
+    return;
+  }
+  SaveModeChoice(platform_, advanced);
+  if (advanced) {
+    view_.SetStep(2);
+    view_.EnableScan();
+  } else {
+    view_.ShowMessage(texts_.UninstallFinish);
+    view_.CloseWindow();
+  }
+}
+
+void TUninstallSequence::UninstallStep() {
+  view_.SetStep(1);
+  std::vector<std::wstring> lines;
+  if (mode_ == JobMode::Uninstall) {
+    UninstallPrograms(lines);
+  } else if (mode_ == JobMode::Forced) {
+    ForcedUninstall(lines);
+  }
+  // Other modes run nothing, yet the day's log is still begun.
+  if (!cancel_) logFile_ = WriteUninstallLog(platform_, lines);
+}
+
+void TUninstallSequence::UninstallPrograms(std::vector<std::wstring>& lines) {
+  static const TSoftList kNoSoftware;
+  const TSoftList& list = software_ ? *software_ : kNoSoftware;
+  TUninstallRunner runner(
+      platform_, stop_,
+      [this](const std::wstring& caption) { view_.SetCaption(StepLine::Uninstalling, caption); },
+      [this] { view_.ProcessMessages(); });
+  for (const std::wstring& entry : jobs_) {
+    if (cancel_) break;
+    const int index = ParseJobIndex(entry);
+    if (index < 0) continue;
+    view_.SetCaption(StepLine::Uninstalling, texts_.StandardUninstall);
+    std::wstring command;
+    if (options_.commandFor && index < static_cast<int>(list.size()) && list[index]) {
+      command = options_.commandFor(*list[index]);
+    }
+    TUninstallRun run =
+        runner.RunUninstaller(list, index, view_.Caption(StepLine::Uninstalling), command);
+    run.index = index;
+    AppendLogBlock(lines, run.name, texts_.StandardUninstall);
+    runs_.push_back(std::move(run));
+  }
+  view_.SetCaption(StepLine::Uninstalling, texts_.UninstallFinish);
+  view_.HideUninstallMarker();
+}
+
+void TUninstallSequence::ForcedUninstall(std::vector<std::wstring>& lines) {
+  const std::wstring file = jobs_.empty() ? std::wstring() : jobs_.front();
+  if (!file.empty() && platform_.files.FileExists(file) && !platform_.files.RemoveFile(file)) {
+    ScheduleFileOnReboot(platform_, file, L"", RebootMode::Delete);
+  }
+  AppendLogBlock(lines, text::ExtractFileName(file), texts_.ForcedUninstall);
+  view_.SetCaption(StepLine::Uninstalling, texts_.UninstallFinish);
+  view_.HideUninstallMarker();
+}
+
+void TUninstallSequence::AppendLogBlock(std::vector<std::wstring>& lines, const std::wstring& name,
+                                        const std::wstring& operation) {
+  lines.push_back(L"[" + name + L"]");
+  lines.push_back(texts_.Operation + L":" + operation);
+  lines.push_back(texts_.DateTime + L":" + NowShortDateTime(platform_.system));
+  lines.emplace_back();
+}
+
+int TUninstallSequence::Scan(TScanDriver& driver, const IImageList* listImages, IResultsTree& tree,
+                             IImageList* treeImages) {
+  static const TSoftList kNoSoftware;
+  const TSoftList& list = software_ ? *software_ : kNoSoftware;
+  view_.SetStep(3);
+  scanning_ = &driver;
+  int branches = 0;
+  for (const std::wstring& entry : jobs_) {
+    if (cancel_) break;
+    const int index = ParseJobIndex(entry);
+    int found = 0;
+    if (index >= 0) {
+      // An index outside the list names no program; scanning "around" it
+      // would scan the disk around nothing.
+      if (index >= static_cast<int>(list.size())) continue;
+      found = driver.ScanProgram(list, listImages, index, tree, L"", treeImages);
+    } else if (mode_ == JobMode::Forced && !entry.empty()) {
+      found = driver.ScanProgram(list, listImages, -1, tree, entry, treeImages);
+    }
+    if (found > 0) ++branches;
+  }
+  scanning_ = nullptr;
+  return branches;
+}
 
 }  // namespace varnel

@@ -34,6 +34,8 @@ class TUninstallSequence {
     // The command to run for a record instead of its uninstall string (the
     // console tool's quiet forms); empty result: the record's own.
     std::function<std::wstring(const TSoftInfo&)> commandFor;
+    // How long the restore-point and backup workers pause before their work.
+    unsigned workerDelayMs = 100;
   };
 
   TUninstallSequence(const Platform& platform, IUninstallView& view, TUninstallTexts texts,
@@ -75,6 +77,13 @@ class TUninstallSequence {
   void RestorePointStep();
   void RegBackupStep();
   void UninstallStep();
+  void UninstallPrograms(std::vector<std::wstring>& lines);
+  void ForcedUninstall(std::vector<std::wstring>& lines);
+  void AppendLogBlock(std::vector<std::wstring>& lines, const std::wstring& name,
+                      const std::wstring& operation);
+  // Runs `work` on a worker thread, waiting for it as WaitWithDots does.
+  void RunOnWorker(StepLine line, std::function<void()> work, unsigned sleepMs, int counterWrap,
+                   int dotsDivisor);
   // Polls `finished` every `sleepMs`, cycling dots after `caption`.
   void WaitWithDots(StepLine line, const std::atomic<bool>& finished, unsigned sleepMs,
                     int counterWrap, int dotsDivisor);
@@ -88,7 +97,7 @@ class TUninstallSequence {
   int mode_ = JobMode::Uninstall;
   std::atomic<bool> cancel_{false};
   std::atomic<bool> stop_{false};  // the run step's wait
-  TScanDriver* scanning_ = nullptr;
+  std::atomic<TScanDriver*> scanning_{nullptr};
   std::vector<TUninstallRun> runs_;
   std::wstring logFile_;
 };

@@ -206,6 +206,16 @@ TEST(DateTimeTest, FormatsPictures) {
   EXPECT_EQ(FormatDate(L"dddd", Date(9999, 12, 31)), L"Friday");
 }
 
+TEST(DateTimeTest, FormatsTimesOfDay) {
+  const TDateTime afternoon = EncodeDateTime({2010, 3, 5, 14, 7, 9, 0});
+  const TDateTime midnight = EncodeDateTime({2010, 3, 5, 0, 5, 0, 0});
+  EXPECT_EQ(FormatDate(L"h:mm:ss tt", afternoon), L"2:07:09 PM");
+  EXPECT_EQ(FormatDate(L"HH:mm:ss", afternoon), L"14:07:09");
+  EXPECT_EQ(FormatDate(L"hh:m:s t", midnight), L"12:5:0 A");
+  EXPECT_EQ(FormatDate(L"H:mm 'h'", midnight), L"0:05 h");
+  EXPECT_EQ(FormatDate(L"yyyy-MM-dd HH:mm:ss", afternoon), L"2010-03-05 14:07:09");
+}
+
 TEST(DateTimeTest, QuotedTextIsLiteral) {
   const TDateTime d = Date(2010, 3, 5);
   EXPECT_EQ(FormatDate(L"'Day' d 'of' MMMM", d), L"Day 5 of March");
