@@ -53,12 +53,13 @@ int WINAPI wWinMain(HINSTANCE, HINSTANCE, PWSTR, int) {
   try {
     varnel::win32::Win32Platform machine;
     varnel::forms::TApplication app(machine.Get(), Arguments());
-    // Created once, in this order, and kept until the end.
+    // Created once, in this order, and kept until the end; the main window
+    // owns the others.
     varnel::forms::TUninstallForm_Main main(app);
-    varnel::forms::TUninstalling_Form uninstalling(app);
-    varnel::forms::TForceUninstall_Form force(app);
-    varnel::forms::TPowerScan_Form scan(app);
-    varnel::forms::TLogManager_Form logs(app);
+    varnel::forms::TUninstalling_Form uninstalling(app, main.Handle());
+    varnel::forms::TForceUninstall_Form force(app, main.Handle());
+    varnel::forms::TPowerScan_Form scan(app, main.Handle());
+    varnel::forms::TLogManager_Form logs(app, main.Handle());
     main.SetPeers(uninstalling, force, scan, logs);
     main.Show();
     app.Run(main.Handle());

@@ -2,6 +2,9 @@
 
 #include <windows.h>
 
+#include <commctrl.h>
+
+#include <string>
 #include <string_view>
 
 #include "controls/exception_sink.h"
@@ -9,10 +12,10 @@
 namespace varnel::controls {
 
 // A top-level window whose procedure finds its object through
-// GWLP_USERDATA, set at WM_NCCREATE; T handles messages in
-// `LRESULT HandleMessage(UINT, WPARAM, LPARAM)`. An exception a handler
-// throws stops at this boundary and goes to the application's handler.
-template <typename T>
+// GWLP_USERDATA, set at WM_NCCREATE. The common messages arrive unpacked in
+// the On... hooks, everything else in HandleMessage; a form is its handlers.
+// An exception a handler throws stops at this boundary and goes to the
+// application's handler.
 class BaseWindow {
  public:
   BaseWindow() = default;
@@ -28,6 +31,23 @@ class BaseWindow {
   HWND Handle() const { return hwnd_; }
 
  protected:
+  // WM_COMMAND: a control's notification, a menu item or an accelerator.
+  virtual void OnCommand(int /*id*/, int /*code*/, HWND /*control*/) {}
+  virtual LRESULT OnNotify(NMHDR& /*header*/) { return 0; }
+  // WM_SIZE with the new client size.
+  virtual void OnSize(UINT /*type*/, int /*width*/, int /*height*/) {}
+  virtual void OnTimer(UINT_PTR /*id*/) {}
+  // The window moved to a monitor of another scale; by default it takes the
+  // suggested bounds, which sends WM_SIZE.
+  virtual void OnDpiChanged(UINT /*dpi*/, const RECT& suggested) {
+    SetWindowPos(hwnd_, nullptr, suggested.left, suggested.top, suggested.right - suggested.left,
+                 suggested.bottom - suggested.top, SWP_NOZORDER | SWP_NOACTIVATE);
+  }
+  // Every other message.
+  virtual LRESULT HandleMessage(UINT message, WPARAM wParam, LPARAM lParam) {
+    return Default(message, wParam, lParam);
+  }
+
   static bool RegisterClassOnce(std::wstring_view className, HICON icon) {
     WNDCLASSEXW wc{};
     wc.cbSize = sizeof wc;
@@ -45,6 +65,8 @@ class BaseWindow {
     return RegisterClassExW(&wc) != 0;
   }
 
+  // An `owner` makes the window owned: it stays above the owner, has no
+  // taskbar button of its own and goes with it.
   HWND CreateBase(std::wstring_view className, std::wstring_view title, DWORD style,
                   DWORD exStyle, int width, int height, HWND owner) {
     return CreateWindowExW(exStyle, std::wstring(className).c_str(), std::wstring(title).c_str(),
@@ -59,19 +81,40 @@ class BaseWindow {
   HWND hwnd_ = nullptr;
 
  private:
+  LRESULT Route(UINT message, WPARAM wParam, LPARAM lParam) {
+    switch (message) {
+      case WM_COMMAND:
+        OnCommand(LOWORD(wParam), HIWORD(wParam), reinterpret_cast<HWND>(lParam));
+        return 0;
+      case WM_NOTIFY:
+        return OnNotify(*reinterpret_cast<NMHDR*>(lParam));
+      case WM_SIZE:
+        OnSize(static_cast<UINT>(wParam), LOWORD(lParam), HIWORD(lParam));
+        return 0;
+      case WM_TIMER:
+        OnTimer(wParam);
+        return 0;
+      case WM_DPICHANGED:
+        OnDpiChanged(HIWORD(wParam), *reinterpret_cast<const RECT*>(lParam));
+        return 0;
+      default:
+        return HandleMessage(message, wParam, lParam);
+    }
+  }
+
   static LRESULT CALLBACK Procedure(HWND hwnd, UINT message, WPARAM wParam, LPARAM lParam) {
-    T* self = nullptr;
+    BaseWindow* self = nullptr;
     if (message == WM_NCCREATE) {
       auto* create = reinterpret_cast<CREATESTRUCTW*>(lParam);
-      self = static_cast<T*>(static_cast<BaseWindow*>(create->lpCreateParams));
+      self = static_cast<BaseWindow*>(create->lpCreateParams);
       self->hwnd_ = hwnd;
       SetWindowLongPtrW(hwnd, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(self));
     } else {
-      self = reinterpret_cast<T*>(GetWindowLongPtrW(hwnd, GWLP_USERDATA));
+      self = reinterpret_cast<BaseWindow*>(GetWindowLongPtrW(hwnd, GWLP_USERDATA));
     }
     if (!self) return DefWindowProcW(hwnd, message, wParam, lParam);
     try {
-      const LRESULT result = self->HandleMessage(message, wParam, lParam);
+      const LRESULT result = self->Route(message, wParam, lParam);
       if (message == WM_NCDESTROY) {
         SetWindowLongPtrW(hwnd, GWLP_USERDATA, 0);
         self->hwnd_ = nullptr;

@@ -6,6 +6,8 @@
 #include <utility>
 #include <vector>
 
+#include "ui/forms/private_messages.h"
+
 namespace varnel::guitest {
 
 namespace {
@@ -183,7 +185,7 @@ std::wstring Program::Cell(int row, int column) const {
 
 int Program::GroupOf(int row) const {
   DWORD_PTR group = 0;
-  SendMessageTimeoutW(main_, 0x8002, row, 0, SMTO_NORMAL, 10000, &group);
+  SendMessageTimeoutW(main_, forms::WM_ROW_GROUP, row, 0, SMTO_NORMAL, 10000, &group);
   return static_cast<int>(group);
 }
 

@@ -19,6 +19,7 @@
 #include "platform/win32/win32_platform.h"
 #include "tests/gui/gui_driver.h"
 #include "ui/forms/main_form_ids.h"
+#include "ui/forms/private_messages.h"
 
 namespace varnel::guitest {
 namespace {
@@ -398,7 +399,7 @@ TEST_F(Gui, DetailsPanelFollowsTheSelection) {
 TEST_F(Gui, SecondStartActivatesTheFirstAndExitsWithZero) {
   ShowWindow(app.Main(), SW_HIDE);
   // The activation message with the right wParam but a wrong lParam is ignored.
-  PostMessageW(app.Main(), 0x049F, 0x9B8B, 0x1234);
+  PostMessageW(app.Main(), forms::WM_ACTIVATE_INSTANCE, forms::kActivateWParam, 0x1234);
   Settle();
   EXPECT_FALSE(IsWindowVisible(app.Main()));
   Program second;

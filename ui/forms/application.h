@@ -12,21 +12,9 @@
 #include "core/registry_snapshot.h"
 #include "inventory/gui_dispatcher.h"
 #include "platform/platform.h"
+#include "ui/forms/private_messages.h"
 
 namespace varnel::forms {
-
-// The private message a second start sends the running one.
-constexpr UINT WM_ACTIVATE_INSTANCE = WM_USER + 0x9F;
-constexpr WPARAM kActivateWParam = 0x9B8B;
-constexpr LPARAM kActivateLParam = 0x2540;
-// Posted to the main window when the analysis thread waits for a hand-over.
-constexpr UINT WM_DRAIN_HANDOVERS = WM_APP + 1;
-
-// Command ids of the keyboard shortcuts, handled by the main window.
-namespace Shortcut {
-constexpr UINT Refresh = 0x7F01;
-constexpr UINT Search = 0x7F02;
-}  // namespace Shortcut
 
 // What every window shares: the machine, the GUI-thread hand-over queue,
 // the command line, the program icon, the message loop and the one

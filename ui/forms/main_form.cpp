@@ -18,6 +18,7 @@
 #include "core/text.h"
 #include "core/text_file.h"
 #include "ui/forms/main_form_ids.h"
+#include "ui/forms/private_messages.h"
 #include "ui/forms/shell_forms.h"
 #include "ui/language_catalog.h"
 #include "ui/restore_launcher.h"
@@ -619,11 +620,10 @@ void TUninstallForm_Main::OpenForcedUninstall(const std::wstring& file) {
   if (!target || !force_) return;
   force_->SetFile(*target);
   force_->CenterOver(hwnd_);
-  ShowWindow(force_->Handle(), SW_SHOW);
-  SetForegroundWindow(force_->Handle());
+  force_->ShowModeless();
 }
 
-void TUninstallForm_Main::OnCommand(int id, int code) {
+void TUninstallForm_Main::OnCommand(int id, int code, HWND) {
   const Platform& platform = app_.Machine();
   if (id >= MainId::CategoryFirst && id < MainId::CategoryFirst + 6) {
     if (code == BN_CLICKED) ShowCategory(id - MainId::CategoryFirst);
@@ -648,7 +648,7 @@ void TUninstallForm_Main::OnCommand(int id, int code) {
       if (force_) {
         force_->SetFile(L"");
         force_->CenterOver(hwnd_);
-        ShowWindow(force_->Handle(), SW_SHOW);
+        force_->ShowModeless();
       }
       return;
     case MainId::More: {
@@ -697,7 +697,7 @@ void TUninstallForm_Main::OnCommand(int id, int code) {
     case MainId::MenuLogManagement:
       if (logs_) {
         logs_->CenterOver(hwnd_);
-        ShowWindow(logs_->Handle(), SW_SHOW);
+        logs_->ShowModal(hwnd_);
       }
       return;
     case MainId::MenuRestorePoint:
@@ -744,6 +744,20 @@ LRESULT TUninstallForm_Main::OnNotify(NMHDR& header) {
   return 0;
 }
 
+void TUninstallForm_Main::OnSize(UINT, int, int) { Layout(); }
+
+void TUninstallForm_Main::OnTimer(UINT_PTR id) {
+  if (id == kGetSoftwareTimer) TimerGetSoftware();
+}
+
+void TUninstallForm_Main::OnDpiChanged(UINT dpi, const RECT& suggested) {
+  dpi_ = dpi;
+  BaseWindow::OnDpiChanged(dpi, suggested);
+  list_.SetColumnWidth(1, controls::Scale(80, dpi_));
+  list_.SetColumnWidth(2, controls::Scale(130, dpi_));
+  ApplyDpi();
+}
+
 LRESULT TUninstallForm_Main::HandleMessage(UINT message, WPARAM wParam, LPARAM lParam) {
   switch (message) {
     case WM_CREATE:
@@ -761,10 +775,7 @@ LRESULT TUninstallForm_Main::HandleMessage(UINT message, WPARAM wParam, LPARAM l
         return 0;
       }
       break;
-    case WM_TIMER:
-      if (wParam == kGetSoftwareTimer) TimerGetSoftware();
-      return 0;
-    case MainId::RowGroupMessage: {
+    case WM_ROW_GROUP: {
       const TSoftRow* row = RowAt(static_cast<int>(wParam));
       return row ? row->group : 0;
     }
@@ -774,29 +785,11 @@ LRESULT TUninstallForm_Main::HandleMessage(UINT message, WPARAM wParam, LPARAM l
     case WM_ACTIVATE_INSTANCE:
       if (lParam == kActivateLParam && wParam == kActivateWParam) ActivateInstance();
       return 0;
-    case WM_SIZE:
-      Layout();
-      return 0;
     case WM_GETMINMAXINFO: {
       auto* info = reinterpret_cast<MINMAXINFO*>(lParam);
       info->ptMinTrackSize = {controls::Scale(720, dpi_), controls::Scale(500, dpi_)};
       return 0;
     }
-    case WM_DPICHANGED: {
-      dpi_ = HIWORD(wParam);
-      const RECT* r = reinterpret_cast<const RECT*>(lParam);
-      SetWindowPos(hwnd_, nullptr, r->left, r->top, r->right - r->left, r->bottom - r->top,
-                   SWP_NOZORDER | SWP_NOACTIVATE);
-      list_.SetColumnWidth(1, controls::Scale(80, dpi_));
-      list_.SetColumnWidth(2, controls::Scale(130, dpi_));
-      ApplyDpi();
-      return 0;
-    }
-    case WM_COMMAND:
-      OnCommand(LOWORD(wParam), HIWORD(wParam));
-      return 0;
-    case WM_NOTIFY:
-      return OnNotify(*reinterpret_cast<NMHDR*>(lParam));
     case WM_CONTEXTMENU:
       if (reinterpret_cast<HWND>(wParam) == list_.Handle()) {
         ContextMenu(GET_X_LPARAM(lParam), GET_Y_LPARAM(lParam));

@@ -32,8 +32,7 @@ class TLogManager_Form;
 
 // The main window: the inventory in one list, six categories, search, sort,
 // the details panel and the commands on a program.
-class TUninstallForm_Main : public controls::BaseWindow<TUninstallForm_Main>,
-                            public IInventoryView {
+class TUninstallForm_Main : public controls::BaseWindow, public IInventoryView {
  public:
   explicit TUninstallForm_Main(TApplication& app);
   ~TUninstallForm_Main() override;
@@ -43,11 +42,17 @@ class TUninstallForm_Main : public controls::BaseWindow<TUninstallForm_Main>,
                 TPowerScan_Form& scan, TLogManager_Form& logs);
   void Show();
 
-  LRESULT HandleMessage(UINT message, WPARAM wParam, LPARAM lParam);
-
   // IInventoryView
   int AddIcons(const IconHandle& small, const IconHandle& large) override;
   void UpdateRow(int index, const TSoftInfo& info) override;
+
+ protected:
+  void OnCommand(int id, int code, HWND control) override;
+  LRESULT OnNotify(NMHDR& header) override;
+  void OnSize(UINT type, int width, int height) override;
+  void OnTimer(UINT_PTR id) override;
+  void OnDpiChanged(UINT dpi, const RECT& suggested) override;
+  LRESULT HandleMessage(UINT message, WPARAM wParam, LPARAM lParam) override;
 
  private:
   struct Messages {
@@ -76,7 +81,6 @@ class TUninstallForm_Main : public controls::BaseWindow<TUninstallForm_Main>,
   const TSoftRow* SelectedRow() const;
   void FillDispInfo(NMLVDISPINFOW& info);
   static int CALLBACK CompareRows(LPARAM a, LPARAM b, LPARAM self);
-  LRESULT OnNotify(NMHDR& header);
 
   // The search box.
   void SearchEnter();
@@ -88,7 +92,6 @@ class TUninstallForm_Main : public controls::BaseWindow<TUninstallForm_Main>,
 
   // Details and commands.
   void UpdateDetails();
-  void OnCommand(int id, int code);
   void ContextMenu(int x, int y);
   void UninstallClick();
   void BatchClick();

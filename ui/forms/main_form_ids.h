@@ -38,7 +38,4 @@ constexpr int MenuRestorePoint = 2103;
 constexpr int VisibleColumns = 3;
 constexpr int Columns = 11;
 
-// WM_APP + 2, wParam a row: answers the row's group id (0 for no row). Wine's
-// list view keeps no groups, so tests ask the window instead.
-constexpr unsigned RowGroupMessage = 0x8002;
 }  // namespace varnel::forms::MainId

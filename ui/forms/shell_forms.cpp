@@ -11,14 +11,13 @@ constexpr int kListId = 101;
 constexpr int kDetailId = 102;
 }  // namespace
 
-TShellForm::TShellForm(TApplication& app, std::wstring formName, std::wstring labelName)
-    : app_(app), formName_(std::move(formName)) {
-  const std::wstring className = L"T" + formName_;
-  RegisterClassOnce(className, app.Icon());
-  const UINT dpi = controls::DpiOf(nullptr);
-  CreateBase(className, formName_, WS_OVERLAPPEDWINDOW & ~WS_MAXIMIZEBOX, WS_EX_CONTROLPARENT,
-             controls::Scale(480, dpi), controls::Scale(360, dpi), nullptr);
-  if (!hwnd_) return;
+TShellForm::TShellForm(TApplication& app, std::wstring formName, std::wstring labelName,
+                       HWND owner)
+    : Form(app), formName_(std::move(formName)) {
+  const UINT dpi = controls::DpiOf(owner);
+  if (!Create(formName_, controls::Scale(480, dpi), controls::Scale(360, dpi), owner,
+              WS_OVERLAPPEDWINDOW & ~WS_MAXIMIZEBOX))
+    return;
   label_ = controls::CreateChild(hwnd_, L"STATIC", L"", SS_LEFT, 0);
   detail_ = controls::CreateChild(hwnd_, L"STATIC", L"", SS_LEFT | SS_PATHELLIPSIS, kDetailId);
   lines_.Attach(controls::CreateChild(hwnd_, L"LISTBOX", L"",
@@ -36,6 +35,7 @@ TShellForm::TShellForm(TApplication& app, std::wstring formName, std::wstring la
 TShellForm::~TShellForm() = default;
 
 void TShellForm::Layout() {
+  if (!close_) return;
   const UINT dpi = controls::DpiOf(hwnd_);
   font_ = controls::MessageFont(dpi);
   for (HWND c : {label_, detail_, lines_.Handle(), close_}) controls::Window(c).SetFont(font_.get());
@@ -56,66 +56,24 @@ void TShellForm::SetLines(const std::vector<std::wstring>& lines) {
 
 void TShellForm::SetDetail(std::wstring_view text) { controls::Window(detail_).SetText(text); }
 
-void TShellForm::CenterOver(HWND owner) {
-  RECT o{}, me{};
-  GetWindowRect(owner, &o);
-  GetWindowRect(hwnd_, &me);
-  const int width = me.right - me.left, height = me.bottom - me.top;
-  const int top = o.top + ((o.bottom - o.top) - height) / 2;
-  const int left = o.left + ((o.right - o.left) - width) / 2;
-  SetWindowPos(hwnd_, nullptr, left, top, 0, 0, SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE);
+void TShellForm::OnCommand(int id, int, HWND) {
+  if (id == kCloseId || id == IDCANCEL) Close();
 }
 
-void TShellForm::ShowModal(HWND owner) {
-  closed_ = false;
-  modal_ = true;
-  SetWindowLongPtrW(hwnd_, GWLP_HWNDPARENT, reinterpret_cast<LONG_PTR>(owner));
-  EnableWindow(owner, FALSE);
-  ShowWindow(hwnd_, SW_SHOW);
-  SetForegroundWindow(hwnd_);
-  app_.RunUntil(hwnd_, closed_);
-  EnableWindow(owner, TRUE);
-  modal_ = false;
-  if (IsWindow(owner)) SetForegroundWindow(owner);
-}
+void TShellForm::OnSize(UINT, int, int) { Layout(); }
 
-void TShellForm::CloseForm() {
-  ShowWindow(hwnd_, SW_HIDE);
-  closed_ = true;
+void TShellForm::OnDpiChanged(UINT dpi, const RECT& suggested) {
+  Form::OnDpiChanged(dpi, suggested);
+  Layout();
 }
 
 LRESULT TShellForm::HandleMessage(UINT message, WPARAM wParam, LPARAM lParam) {
-  switch (message) {
-    case WM_COMMAND:
-      if (LOWORD(wParam) == kCloseId || LOWORD(wParam) == IDCANCEL) {
-        CloseForm();
-        return 0;
-      }
-      break;
-    case WM_CLOSE:
-      // The windows live until the program ends; closing only hides them.
-      CloseForm();
-      return 0;
-    case WM_SIZE:
-      Layout();
-      return 0;
-    case WM_DPICHANGED: {
-      const RECT* r = reinterpret_cast<const RECT*>(lParam);
-      SetWindowPos(hwnd_, nullptr, r->left, r->top, r->right - r->left, r->bottom - r->top,
-                   SWP_NOZORDER | SWP_NOACTIVATE);
-      Layout();
-      return 0;
-    }
-    case DM_GETDEFID:
-      return MAKELRESULT(kCloseId, DC_HASDEFID);
-    default:
-      break;
-  }
-  return Default(message, wParam, lParam);
+  if (message == DM_GETDEFID) return MAKELRESULT(kCloseId, DC_HASDEFID);
+  return Form::HandleMessage(message, wParam, lParam);
 }
 
-TUninstalling_Form::TUninstalling_Form(TApplication& app)
-    : TShellForm(app, L"Uninstalling_Form", L"Label_Jobs") {}
+TUninstalling_Form::TUninstalling_Form(TApplication& app, HWND owner)
+    : TShellForm(app, L"Uninstalling_Form", L"Label_Jobs", owner) {}
 
 void TUninstalling_Form::SetJobs(const TSoftList& list, std::vector<int> indexes, int mode) {
   std::vector<std::wstring> names;
@@ -127,15 +85,15 @@ void TUninstalling_Form::SetJobs(const TSoftList& list, std::vector<int> indexes
   SetLines(names);
 }
 
-TForceUninstall_Form::TForceUninstall_Form(TApplication& app)
-    : TShellForm(app, L"ForceUninstall_Form", L"Label_File") {}
+TForceUninstall_Form::TForceUninstall_Form(TApplication& app, HWND owner)
+    : TShellForm(app, L"ForceUninstall_Form", L"Label_File", owner) {}
 
 void TForceUninstall_Form::SetFile(const std::wstring& file) { SetDetail(file); }
 
-TPowerScan_Form::TPowerScan_Form(TApplication& app)
-    : TShellForm(app, L"PowerScan_Form", L"Label_Results") {}
+TPowerScan_Form::TPowerScan_Form(TApplication& app, HWND owner)
+    : TShellForm(app, L"PowerScan_Form", L"Label_Results", owner) {}
 
-TLogManager_Form::TLogManager_Form(TApplication& app)
-    : TShellForm(app, L"LogManager_Form", L"Label_Logs") {}
+TLogManager_Form::TLogManager_Form(TApplication& app, HWND owner)
+    : TShellForm(app, L"LogManager_Form", L"Label_Logs", owner) {}
 
 }  // namespace varnel::forms
