@@ -49,6 +49,10 @@ class IFileSystem {
   virtual bool FindEntries(std::wstring_view pattern, std::vector<FindEntry>& out) = 0;
 
   virtual bool ReadWholeFile(std::wstring_view path, std::vector<std::uint8_t>& out) = 0;
+  // Up to `maxBytes` from `offset`: fewer at the end of the file, none past
+  // it. False when the file cannot be read.
+  virtual bool ReadFilePart(std::wstring_view path, std::uint64_t offset, std::size_t maxBytes,
+                            std::vector<std::uint8_t>& out) = 0;
   // Creates or replaces the file.
   virtual bool WriteWholeFile(std::wstring_view path, std::span<const std::uint8_t> bytes) = 0;
   virtual bool RemoveFile(std::wstring_view path) = 0;

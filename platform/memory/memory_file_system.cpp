@@ -241,6 +241,21 @@ bool MemoryFileSystem::ReadWholeFile(std::wstring_view path, std::vector<std::ui
   return true;
 }
 
+bool MemoryFileSystem::ReadFilePart(std::wstring_view path, std::uint64_t offset,
+                                    std::size_t maxBytes, std::vector<std::uint8_t>& out) {
+  ++readCalls_;
+  out.clear();
+  if (faults_.Fails(Fault::FileRead)) return false;
+  FsNode* node = Find(path);
+  if (!node || node->IsDirectory()) return false;
+  if (offset < node->data.size()) {
+    const auto from = node->data.begin() + static_cast<std::ptrdiff_t>(offset);
+    const std::size_t count = std::min<std::size_t>(maxBytes, node->data.size() - offset);
+    out.assign(from, from + static_cast<std::ptrdiff_t>(count));
+  }
+  return true;
+}
+
 bool MemoryFileSystem::WriteWholeFile(std::wstring_view path,
                                       std::span<const std::uint8_t> bytes) {
   if (faults_.Fails(Fault::FileWrite)) return false;

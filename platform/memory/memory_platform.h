@@ -87,6 +87,8 @@ class MemoryFileSystem final : public IFileSystem {
   std::optional<FindEntry> GetFileInfo(std::wstring_view path) override;
   bool FindEntries(std::wstring_view pattern, std::vector<FindEntry>& out) override;
   bool ReadWholeFile(std::wstring_view path, std::vector<std::uint8_t>& out) override;
+  bool ReadFilePart(std::wstring_view path, std::uint64_t offset, std::size_t maxBytes,
+                    std::vector<std::uint8_t>& out) override;
   bool WriteWholeFile(std::wstring_view path, std::span<const std::uint8_t> bytes) override;
   bool RemoveFile(std::wstring_view path) override;
   bool MakeDirectory(std::wstring_view path) override;

@@ -137,6 +137,42 @@ bool Win32FileSystem::ReadWholeFile(std::wstring_view path, std::vector<std::uin
   return false;
 }
 
+bool Win32FileSystem::ReadFilePart(std::wstring_view path, std::uint64_t offset,
+                                   std::size_t maxBytes, std::vector<std::uint8_t>& out) {
+  out.clear();
+  auto apiPath = ApiPath(path);
+  if (!apiPath || apiPath->empty()) return false;
+  UniqueFile file(CreateFileW(apiPath->c_str(), GENERIC_READ,
+                              FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                              OPEN_EXISTING, 0, nullptr));
+  if (!file) return false;
+  LARGE_INTEGER size{};
+  if (!GetFileSizeEx(file.get(), &size) || size.QuadPart < 0) return false;
+  const auto total = static_cast<std::uint64_t>(size.QuadPart);
+  if (offset >= total) return true;
+  LARGE_INTEGER to{};
+  to.QuadPart = static_cast<LONGLONG>(offset);
+  if (!SetFilePointerEx(file.get(), to, nullptr, FILE_BEGIN)) return false;
+  try {
+    out.resize(static_cast<std::size_t>(std::min<std::uint64_t>(maxBytes, total - offset)));
+  } catch (const std::exception&) {
+    return false;
+  }
+  std::size_t filled = 0;
+  while (filled < out.size()) {
+    DWORD want = static_cast<DWORD>(std::min(out.size() - filled, kIoChunk));
+    DWORD got = 0;
+    if (!ReadFile(file.get(), out.data() + filled, want, &got, nullptr)) {
+      out.clear();
+      return false;
+    }
+    if (got == 0) break;
+    filled += got;
+  }
+  out.resize(filled);
+  return true;
+}
+
 bool Win32FileSystem::WriteWholeFile(std::wstring_view path, std::span<const std::uint8_t> bytes) {
   auto apiPath = ApiPath(path);
   if (!apiPath || apiPath->empty()) return false;

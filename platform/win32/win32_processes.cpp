@@ -13,10 +13,15 @@ namespace {
 
 class Win32Job final : public IJob {
  public:
-  Win32Job(UniqueHandle job, UniqueHandle process)
-      : job_(std::move(job)), process_(std::move(process)) {}
+  Win32Job(UniqueHandle job, UniqueHandle process, bool assigned)
+      : job_(std::move(job)), process_(std::move(process)), assigned_(assigned) {}
 
   std::optional<std::vector<std::uint32_t>> ProcessIds(std::size_t capacity) override {
+    if (!assigned_) {
+      // Outside any job of ours only the started process itself can be followed.
+      if (ExitCode()) return std::vector<std::uint32_t>{};
+      return std::vector<std::uint32_t>{static_cast<std::uint32_t>(GetProcessId(process_.get()))};
+    }
     // The list's header is two DWORDs, then one ULONG_PTR per id.
     const std::size_t bytes =
         offsetof(JOBOBJECT_BASIC_PROCESS_ID_LIST, ProcessIdList) + capacity * sizeof(ULONG_PTR);
@@ -41,6 +46,7 @@ class Win32Job final : public IJob {
  private:
   UniqueHandle job_;
   UniqueHandle process_;
+  bool assigned_;
 };
 
 // Never closed: the release would end the restore point, which is kept open.
@@ -85,9 +91,9 @@ std::unique_ptr<IJob> Win32Processes::StartInJob(std::wstring_view commandLine, 
   if (!started) return nullptr;
   UniqueHandle process(info.hProcess);
   UniqueHandle thread(info.hThread);
-  AssignProcessToJobObject(job.get(), process.get());
+  const bool assigned = AssignProcessToJobObject(job.get(), process.get()) != FALSE;
   ResumeThread(thread.get());
-  return std::make_unique<Win32Job>(std::move(job), std::move(process));
+  return std::make_unique<Win32Job>(std::move(job), std::move(process), assigned);
 }
 
 std::wstring Win32Processes::ImageName(std::uint32_t processId) {

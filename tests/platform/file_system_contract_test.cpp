@@ -40,6 +40,25 @@ TEST_P(FileSystemContract, FilesRoundTripAndNamesIgnoreCase) {
   EXPECT_FALSE(fs.WriteWholeFile(Scratch(L"no\\such\\folder.txt"), Bytes("x")));
 }
 
+TEST_P(FileSystemContract, PartsOfAFileStopAtItsEnd) {
+  auto& fs = p().files;
+  ASSERT_TRUE(fs.WriteWholeFile(Scratch(L"part.bin"), Bytes("0123456789")));
+  struct Case {
+    std::uint64_t offset;
+    std::size_t max;
+    std::string expected;
+  };
+  for (const Case& c : {Case{0, 4, "0123"}, Case{7, 100, "789"}, Case{10, 5, ""},
+                        Case{1ULL << 40, 5, ""}, Case{3, 0, ""}}) {
+    std::vector<std::uint8_t> part{'x'};
+    EXPECT_TRUE(fs.ReadFilePart(Scratch(L"PART.bin"), c.offset, c.max, part)) << c.offset;
+    EXPECT_EQ(part, Bytes(c.expected)) << c.offset << " " << c.max;
+  }
+  std::vector<std::uint8_t> part;
+  EXPECT_FALSE(fs.ReadFilePart(Scratch(L"missing.bin"), 0, 4, part));
+  EXPECT_FALSE(fs.ReadFilePart(Scratch(), 0, 4, part)) << "a folder is not a file";
+}
+
 TEST_P(FileSystemContract, FileInfoMatchesWhatFindReports) {
   auto& fs = p().files;
   ASSERT_TRUE(fs.WriteWholeFile(Scratch(L"five.txt"), Bytes("12345")));
