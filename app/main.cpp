@@ -12,7 +12,9 @@
 #include "platform/win32/win32_platform.h"
 #include "ui/forms/application.h"
 #include "ui/forms/main_form.h"
+#include "ui/forms/log_manager_form.h"
 #include "ui/forms/shell_forms.h"
+#include "ui/forms/uninstalling_form.h"
 
 namespace {
 
@@ -61,6 +63,7 @@ int WINAPI wWinMain(HINSTANCE, HINSTANCE, PWSTR, int) {
     varnel::forms::TPowerScan_Form scan(app, main.Handle());
     varnel::forms::TLogManager_Form logs(app, main.Handle());
     main.SetPeers(uninstalling, force, scan, logs);
+    uninstalling.SetResultsWindow(&scan);
     main.Show();
     app.Run(main.Handle());
   } catch (...) {

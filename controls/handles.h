@@ -12,6 +12,7 @@ namespace detail {
 inline void DeleteGdiObject(HGDIOBJ object) { DeleteObject(object); }
 inline void DeleteFontHandle(HFONT font) { DeleteObject(font); }
 inline void DeleteBrushHandle(HBRUSH brush) { DeleteObject(brush); }
+inline void DeletePenHandle(HPEN pen) { DeleteObject(pen); }
 inline void DestroyWindowHandle(HWND window) { DestroyWindow(window); }
 inline void DestroyIconHandle(HICON icon) { DestroyIcon(icon); }
 inline void DestroyImageListHandle(HIMAGELIST list) { ImageList_Destroy(list); }
@@ -24,6 +25,7 @@ using UniqueHicon = win32::UniqueAny<HICON, &detail::DestroyIconHandle>;
 using UniqueImageList = win32::UniqueAny<HIMAGELIST, &detail::DestroyImageListHandle>;
 using UniqueFont = win32::UniqueAny<HFONT, &detail::DeleteFontHandle>;
 using UniqueBrush = win32::UniqueAny<HBRUSH, &detail::DeleteBrushHandle>;
+using UniquePen = win32::UniqueAny<HPEN, &detail::DeletePenHandle>;
 using UniqueMenu = win32::UniqueAny<HMENU, &detail::DestroyMenuHandle>;
 using UniqueAccel = win32::UniqueAny<HACCEL, &detail::DestroyAcceleratorHandle>;
 

@@ -106,6 +106,20 @@ class ListView : public Window {
     item.iGroupId = group;
     return static_cast<int>(SendMessageW(hwnd_, LVM_INSERTITEMW, 0, reinterpret_cast<LPARAM>(&item)));
   }
+  int InsertItem(int at, std::wstring_view text, int image, LPARAM param) {
+    std::wstring buffer(text);
+    LVITEMW item{};
+    item.mask = LVIF_TEXT | LVIF_IMAGE | LVIF_PARAM;
+    item.iItem = at;
+    item.pszText = buffer.data();
+    item.iImage = image;
+    item.lParam = param;
+    return static_cast<int>(SendMessageW(hwnd_, LVM_INSERTITEMW, 0, reinterpret_cast<LPARAM>(&item)));
+  }
+  // The distance between the corners of neighbouring icons.
+  void SetIconSpacing(int width, int height) {
+    SendMessageW(hwnd_, LVM_SETICONSPACING, 0, MAKELPARAM(width, height));
+  }
   LPARAM ItemParam(int index) const {
     LVITEMW item{};
     item.mask = LVIF_PARAM;

@@ -76,8 +76,45 @@ constexpr TCatalogText kMainMessages[] = {
 
 constexpr TCatalogText kUninstalling[] = {
     {L"Uninstalling_Form.Caption", L"Uninstalling", L"Deinstallation"},
-    {L"Label_Jobs.Caption", L"Programs to uninstall:", L"Zu deinstallierende Programme:"},
-    {L"Button_Close.Caption", L"Close", L"Schlie\u00dfen"},
+    {L"Label_UninstallMode.Caption", L"Uninstall Mode:", L"Deinstallationsmodus:"},
+    {L"Label_Standard.Caption", L"Standard", L"Standard"},
+    {L"Label_Advanced.Caption", L"Advanced", L"Erweitert"},
+    {L"Label_CreateSystemRestorePoint.Caption", L"Creating System Restore Point",
+     L"Systemwiederherstellungspunkt wird erstellt"},
+    {L"Label_CreateRegBackup.Caption", L"Creating a full registry backup",
+     L"Vollst\u00e4ndige Sicherung der Registrierung wird erstellt"},
+    {L"Label_CreateRestore_Info.Caption",
+     L"Create a restore point here and you can undo the changes if something unexpected "
+     L"happened.",
+     L"Mit einem Wiederherstellungspunkt k\u00f6nnen Sie die \u00c4nderungen r\u00fcckg\u00e4ngig "
+     L"machen, falls etwas Unerwartetes geschieht."},
+    {L"Label_Uninstalling.Caption", L"Standard Uninstall", L"Standard-Deinstallation"},
+    {L"Label_StdCall_Info.Caption", L"Built-in uninstall by using the application's uninstaller.",
+     L"Deinstallation mit dem eigenen Deinstallationsprogramm der Anwendung."},
+    {L"Label_PowerScanning.Caption", L"Powerful Scan", L"Gr\u00fcndliche Suche"},
+    {L"Label_PowerscanInfo.Caption",
+     L"Scan for leftover items in the Registry and on the hard drive.",
+     L"Nach Resten in der Registrierung und auf der Festplatte suchen."},
+    {L"Button_Scan.Caption", L"Powerful Scan", L"Gr\u00fcndliche Suche"},
+    {L"Button_Cancel.Caption", L"Cancel", L"Abbrechen"},
+};
+
+constexpr TCatalogText kUninstallingMessages[] = {
+    {L"M_NoLeftFind", L"No left items found.", L"Keine Reste gefunden."},
+    {L"M_CreateRestorePoint", L"Creating System Restore Point",
+     L"Systemwiederherstellungspunkt wird erstellt"},
+    {L"M_CreateRegBackup", L"Creating a full registry backup",
+     L"Vollst\u00e4ndige Sicherung der Registrierung wird erstellt"},
+    {L"M_StandardUninstall", L"Standard Uninstall", L"Standard-Deinstallation"},
+    {L"M_CreateRPFinish", L"Creating System Restore Point Finished.",
+     L"Systemwiederherstellungspunkt erstellt."},
+    {L"M_CreateRBFinish", L"Creating a Full Registry Backup Finished.",
+     L"Vollst\u00e4ndige Sicherung der Registrierung erstellt."},
+    {L"M_Uninstalling", L"Uninstalling", L"Deinstallation von"},
+    {L"M_UninstallFinish", L"Uninstall Finished.", L"Deinstallation abgeschlossen."},
+    {L"M_Operation", L"Operation", L"Vorgang"},
+    {L"M_DateTime", L"Date", L"Datum"},
+    {L"M_ForcedUninstall", L"Forced Uninstall", L"Erzwungene Deinstallation"},
 };
 
 constexpr TCatalogText kForceUninstall[] = {
@@ -94,18 +131,34 @@ constexpr TCatalogText kPowerScan[] = {
 };
 
 constexpr TCatalogText kLogManager[] = {
-    {L"LogManager_Form.Caption", L"Log Management", L"Protokollverwaltung"},
-    {L"Label_Logs.Caption", L"Uninstall logs:", L"Deinstallationsprotokolle:"},
-    {L"Button_Close.Caption", L"Close", L"Schlie\u00dfen"},
+    {L"LogManager_Form.Caption", L"Uninstall Log Manager", L"Deinstallationsprotokolle"},
+    {L"Label_Title.Caption", L"Varnel Uninstall Log File List",
+     L"Liste der Varnel-Deinstallationsprotokolle"},
+    {L"Label_Info.Caption", L"You can view all the uninstall log files below.",
+     L"Unten sehen Sie alle Deinstallationsprotokolle."},
+    {L"Button_Open.Caption", L"Open", L"\u00d6ffnen"},
+    {L"Button_Delete.Caption", L"Delete", L"L\u00f6schen"},
+    {L"Button_DeleteAll.Caption", L"Delete All", L"Alle l\u00f6schen"},
+    {L"Button_Cancel.Caption", L"Cancel", L"Abbrechen"},
+};
+
+// Delete All asks under the same key; its own English default lives in the window.
+constexpr TCatalogText kLogManagerMessages[] = {
+    {L"M_SureDelSelect",
+     L"Are you sure to delete the selected file? The deletion CANNOT be restored.",
+     L"M\u00f6chten Sie die ausgew\u00e4hlte Datei wirklich l\u00f6schen? Das L\u00f6schen kann NICHT "
+     L"r\u00fcckg\u00e4ngig gemacht werden."},
 };
 
 constexpr TCatalogSection kSections[] = {
     {L"UninstallForm_Main", kMain},
     {L"UninstallForm_Main_M", kMainMessages},
     {L"Uninstalling_Form", kUninstalling},
+    {L"Uninstalling_Form_M", kUninstallingMessages},
     {L"ForceUninstall_Form", kForceUninstall},
     {L"PowerScan_Form", kPowerScan},
     {L"LogManager_Form", kLogManager},
+    {L"LogManager_Form_M", kLogManagerMessages},
 };
 
 }  // namespace

@@ -66,14 +66,15 @@ void OpenHelpLink(const Platform& platform, std::wstring_view help) {
     platform.shell.Execute(L"open", kSearchBrowser, help, L"", ShowCmd::Normal);
 }
 
-std::vector<int> UninstallJobs(bool batchMode, const std::vector<const TSoftRow*>& checked,
-                               const TSoftRow* selected) {
-  std::vector<int> jobs;
+std::vector<std::wstring> UninstallJobs(bool batchMode,
+                                        const std::vector<const TSoftRow*>& checked,
+                                        const TSoftRow* selected) {
+  std::vector<std::wstring> jobs;
   if (batchMode) {
     for (const TSoftRow* row : checked)
-      if (row) jobs.push_back(RecordIndexOf(row->sub[SubItem::RecordIndex]));
+      if (row) jobs.push_back(row->sub[SubItem::RecordIndex]);
   } else if (selected) {
-    jobs.push_back(RecordIndexOf(selected->sub[SubItem::RecordIndex]));
+    jobs.push_back(selected->sub[SubItem::RecordIndex]);
   }
   return jobs;
 }

@@ -38,9 +38,10 @@ constexpr std::wstring_view kSearchBrowser = L"iexplore.exe";
 // Nothing for "-".
 void OpenHelpLink(const Platform& platform, std::wstring_view help);
 
-// The record indexes an uninstall request covers: every checked row in
-// batch mode, else the selected row.
-std::vector<int> UninstallJobs(bool batchMode, const std::vector<const TSoftRow*>& checked,
-                               const TSoftRow* selected);
+// The jobs of an uninstall request, each a row's record index as text
+// (sub-item 8): every checked row in batch mode, else the selected row.
+std::vector<std::wstring> UninstallJobs(bool batchMode,
+                                        const std::vector<const TSoftRow*>& checked,
+                                        const TSoftRow* selected);
 
 }  // namespace varnel

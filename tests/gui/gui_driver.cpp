@@ -162,13 +162,13 @@ bool Program::Remote(void* local, std::size_t size, const std::function<void(voi
   return ok;
 }
 
-int Program::RowCount() const {
+int Program::RowCountOf(HWND list) const {
   DWORD_PTR count = 0;
-  if (!SendMessageTimeoutW(List(), LVM_GETITEMCOUNT, 0, 0, SMTO_NORMAL, 10000, &count)) return -1;
+  if (!SendMessageTimeoutW(list, LVM_GETITEMCOUNT, 0, 0, SMTO_NORMAL, 10000, &count)) return -1;
   return static_cast<int>(count);
 }
 
-std::wstring Program::Cell(int row, int column) const {
+std::wstring Program::CellOf(HWND list, int row, int column) const {
   LVITEMW item{};
   item.iSubItem = column;
   item.cchTextMax = kTextChars;
@@ -176,11 +176,21 @@ std::wstring Program::Cell(int row, int column) const {
   Remote(
       &item, sizeof item,
       [&](void* remote) {
-        SendMessageTimeoutW(List(), LVM_GETITEMTEXTW, row, reinterpret_cast<LPARAM>(remote),
+        SendMessageTimeoutW(list, LVM_GETITEMTEXTW, row, reinterpret_cast<LPARAM>(remote),
                             SMTO_NORMAL, 10000, nullptr);
       },
       &item.pszText, &result);
   return result;
+}
+
+void Program::SetRowChecked(int row, bool on) {
+  LVITEMW item{};
+  item.stateMask = LVIS_STATEIMAGEMASK;
+  item.state = INDEXTOSTATEIMAGEMASK(on ? 2 : 1);
+  Remote(&item, sizeof item, [&](void* remote) {
+    SendMessageTimeoutW(List(), LVM_SETITEMSTATE, row, reinterpret_cast<LPARAM>(remote),
+                        SMTO_NORMAL, 10000, nullptr);
+  });
 }
 
 int Program::GroupOf(int row) const {
@@ -266,27 +276,31 @@ void Program::Command(int id, bool post) {
   }
 }
 
-HWND Program::WaitForDialog() {
+HWND Program::DialogOwnedBy(HWND owner) const {
+  struct Search {
+    HWND owner;
+    HWND found;
+  } search{owner, nullptr};
+  EnumWindows(
+      [](HWND hwnd, LPARAM param) -> BOOL {
+        auto* s = reinterpret_cast<Search*>(param);
+        wchar_t cls[64] = {};
+        GetClassNameW(hwnd, cls, 64);
+        if (lstrcmpW(cls, L"#32770") == 0 && GetWindow(hwnd, GW_OWNER) == s->owner &&
+            IsWindowVisible(hwnd)) {
+          s->found = hwnd;
+          return FALSE;
+        }
+        return TRUE;
+      },
+      reinterpret_cast<LPARAM>(&search));
+  return search.found;
+}
+
+HWND Program::WaitForDialog(HWND owner) {
   HWND found = nullptr;
   WaitUntil([&] {
-    struct Search {
-      HWND owner;
-      HWND found;
-    } search{main_, nullptr};
-    EnumWindows(
-        [](HWND hwnd, LPARAM param) -> BOOL {
-          auto* s = reinterpret_cast<Search*>(param);
-          wchar_t cls[64] = {};
-          GetClassNameW(hwnd, cls, 64);
-          if (lstrcmpW(cls, L"#32770") == 0 && GetWindow(hwnd, GW_OWNER) == s->owner &&
-              IsWindowVisible(hwnd)) {
-            s->found = hwnd;
-            return FALSE;
-          }
-          return TRUE;
-        },
-        reinterpret_cast<LPARAM>(&search));
-    found = search.found;
+    found = DialogOwnedBy(owner ? owner : main_);
     return found != nullptr;
   });
   return found;

@@ -49,8 +49,12 @@ class Program {
   HWND Control(int id) const { return GetDlgItem(main_, id); }
   HWND List() const { return Control(1020); }
 
-  int RowCount() const;
-  std::wstring Cell(int row, int column) const;
+  int RowCount() const { return RowCountOf(List()); }
+  std::wstring Cell(int row, int column) const { return CellOf(List(), row, column); }
+  // The same for any list view of the program.
+  int RowCountOf(HWND list) const;
+  std::wstring CellOf(HWND list, int row, int column) const;
+  void SetRowChecked(int row, bool on);
   int GroupOf(int row) const;
   std::wstring ColumnText(int column) const;
   // HDF_SORTUP, HDF_SORTDOWN or 0.
@@ -64,8 +68,11 @@ class Program {
 
   // WM_COMMAND to the main window, sent (returns after it ran) or posted.
   void Command(int id, bool post = false);
-  // A top-level dialog owned by the main window (message box, file dialog).
-  HWND WaitForDialog();
+  // A top-level dialog owned by `owner`, the main window when null (message
+  // box, file dialog).
+  HWND WaitForDialog(HWND owner = nullptr);
+  // The same without waiting; null when there is none.
+  HWND DialogOwnedBy(HWND owner) const;
   // A top-level window of this process with the class.
   HWND FindOwnWindow(const wchar_t* className) const;
 

@@ -9,7 +9,9 @@
 #include <shlobj.h>
 
 #include <algorithm>
+#include <cwchar>
 #include <fstream>
+#include <functional>
 #include <iterator>
 #include <string>
 #include <vector>
@@ -18,6 +20,7 @@
 #include "core/text.h"
 #include "platform/win32/win32_platform.h"
 #include "tests/gui/gui_driver.h"
+#include "ui/forms/form_ids.h"
 #include "ui/forms/main_form_ids.h"
 #include "ui/forms/private_messages.h"
 
@@ -128,21 +131,109 @@ bool ShowsText(HWND window, const std::wstring& text) {
   return false;
 }
 
-std::vector<std::wstring> ListBoxLines(HWND box) {
-  std::vector<std::wstring> lines;
-  DWORD_PTR count = 0;
-  SendMessageTimeoutW(box, LB_GETCOUNT, 0, 0, SMTO_NORMAL, 10000, &count);
-  for (DWORD_PTR i = 0; i < count; ++i) {
-    wchar_t line[1024] = {};
-    DWORD_PTR length = 0;
-    SendMessageTimeoutW(box, LB_GETTEXTLEN, i, 0, SMTO_NORMAL, 10000, &length);
-    if (length >= 1024) return {};
-    // The system carries the text across the process boundary for list boxes.
-    SendMessageTimeoutW(box, LB_GETTEXT, i, reinterpret_cast<LPARAM>(line), SMTO_NORMAL, 10000,
-                        nullptr);
-    lines.emplace_back(line);
-  }
-  return lines;
+// The sample installers gui_test.sh copied into the prefix.
+struct Sample {
+  const wchar_t* installer;
+  const wchar_t* key;  // under the user's Uninstall key
+  const wchar_t* name;
+};
+constexpr Sample kSketchpad = {L"oak-sketchpad-setup.exe", L"OakhollowSketchpad",
+                               L"Oakhollow Sketchpad"};
+constexpr Sample kSyncTray = {L"quill-sync-user-setup.exe", L"QuillfeatherSyncAgentUser",
+                              L"Quillfeather Sync Agent"};
+
+// Runs a sample's installer quietly, as its user would from a script.
+bool Install(const Sample& sample) {
+  std::wstring command = L"\"C:\\varnel-fixtures\\" + std::wstring(sample.installer) + L"\" /S";
+  STARTUPINFOW startup{};
+  startup.cb = sizeof startup;
+  PROCESS_INFORMATION info{};
+  if (!CreateProcessW(nullptr, command.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr,
+                      &startup, &info))
+    return false;
+  CloseHandle(info.hThread);
+  const bool ended = WaitForSingleObject(info.hProcess, 120000) == WAIT_OBJECT_0;
+  DWORD code = 1;
+  GetExitCodeProcess(info.hProcess, &code);
+  CloseHandle(info.hProcess);
+  return ended && code == 0;
+}
+
+bool EntryExists(const Sample& sample) {
+  HKEY key = nullptr;
+  const std::wstring path =
+      L"Software\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\" + std::wstring(sample.key);
+  if (RegOpenKeyExW(HKEY_CURRENT_USER, path.c_str(), 0, KEY_READ, &key) != ERROR_SUCCESS)
+    return false;
+  RegCloseKey(key);
+  return true;
+}
+
+std::wstring AppDataFolder() {
+  wchar_t folder[MAX_PATH] = {};
+  if (FAILED(SHGetFolderPathW(nullptr, CSIDL_APPDATA, nullptr, 0, folder))) return {};
+  return folder;
+}
+
+std::wstring LogFolder() { return AppDataFolder() + L"\\Varnel\\Varnel Uninstaller\\Log\\"; }
+
+std::wstring TodaysLog() {
+  SYSTEMTIME now{};
+  GetLocalTime(&now);
+  wchar_t name[32] = {};
+  swprintf(name, 32, L"%04u-%02u-%02u.log", now.wYear, now.wMonth, now.wDay);
+  return LogFolder() + name;
+}
+
+// Clicks the first button of every uninstaller window (a dialog of another
+// process) until `done` holds: the samples' uninstallers ask once
+// ("Uninstall") and end by themselves. Counts the clicks and the most
+// uninstaller windows seen at once.
+struct UninstallerClicks {
+  int clicks = 0;
+  int mostAtOnce = 0;
+  int openAtEnd = 0;  // uninstaller windows still there when `done` held
+};
+UninstallerClicks ClickThroughUninstallers(DWORD program, const std::function<bool()>& done) {
+  struct Found {
+    DWORD program;
+    std::vector<HWND> windows;
+  };
+  UninstallerClicks result;
+  WaitUntil(
+      [&] {
+        Found found{program, {}};
+        EnumWindows(
+            [](HWND hwnd, LPARAM param) -> BOOL {
+              auto* f = reinterpret_cast<Found*>(param);
+              DWORD pid = 0;
+              GetWindowThreadProcessId(hwnd, &pid);
+              wchar_t cls[64] = {};
+              GetClassNameW(hwnd, cls, 64);
+              if (pid != f->program && pid != GetCurrentProcessId() &&
+                  lstrcmpW(cls, L"#32770") == 0 && IsWindowVisible(hwnd))
+                f->windows.push_back(hwnd);
+              return TRUE;
+            },
+            reinterpret_cast<LPARAM>(&found));
+        result.mostAtOnce = std::max(result.mostAtOnce, static_cast<int>(found.windows.size()));
+        if (done()) {
+          result.openAtEnd = static_cast<int>(found.windows.size());
+          return true;
+        }
+        for (HWND window : found.windows) {
+          HWND button = GetDlgItem(window, IDOK);
+          if (button && IsWindowVisible(button) && IsWindowEnabled(button)) {
+            PostMessageW(button, BM_CLICK, 0, 0);
+            ++result.clicks;
+            // The page changes before the button is asked again.
+            Sleep(700);
+          }
+        }
+        return false;
+      },
+      std::chrono::seconds(120));
+  return result;
 }
 
 class Gui : public testing::Test {
@@ -155,12 +246,40 @@ class Gui : public testing::Test {
   void Settle() {
     SendMessageTimeoutW(app.Main(), WM_NULL, 0, 0, SMTO_NORMAL, 30000, nullptr);
   }
-  void Answer(int button) {
-    HWND box = app.WaitForDialog();
+  void Answer(int button, HWND owner = nullptr) {
+    HWND box = app.WaitForDialog(owner);
     ASSERT_NE(box, nullptr);
     PostMessageW(box, WM_COMMAND, button, 0);
     ASSERT_TRUE(WaitUntil([&] { return !IsWindow(box) || !IsWindowVisible(box); }));
     Settle();
+  }
+  // Uninstall on the selection or the checked rows, answered Yes; the
+  // uninstallers' own windows clicked through until the completion notice,
+  // which is answered too.
+  UninstallerClicks RunUninstall() {
+    app.Command(Id::Uninstall, true);
+    HWND question = app.WaitForDialog();
+    EXPECT_NE(question, nullptr);
+    if (!question) return {};
+    PostMessageW(question, WM_COMMAND, IDYES, 0);
+    HWND uninstalling = app.FindOwnWindow(L"TUninstalling_Form");
+    EXPECT_TRUE(WaitUntil([&] { return uninstalling && IsWindowVisible(uninstalling); }));
+    EXPECT_EQ(GetWindow(uninstalling, GW_OWNER), app.Main());
+    EXPECT_FALSE(IsWindowEnabled(app.Main()));
+    HWND finished = nullptr;
+    const UninstallerClicks run = ClickThroughUninstallers(app.Pid(), [&] {
+      finished = app.DialogOwnedBy(uninstalling);
+      return finished != nullptr;
+    });
+    EXPECT_NE(finished, nullptr) << "no completion notice";
+    if (!finished) return run;
+    EXPECT_TRUE(ShowsText(finished, L"Uninstall Finished."));
+    EXPECT_EQ(WindowText(finished), L"Uninstalling");
+    PostMessageW(finished, WM_COMMAND, IDOK, 0);
+    EXPECT_TRUE(WaitUntil([&] { return !IsWindowVisible(uninstalling); }));
+    EXPECT_TRUE(WaitUntil([&] { return IsWindowEnabled(app.Main()) != FALSE; }));
+    Settle();
+    return run;
   }
   void ExportTo(const std::wstring& file) {
     app.Command(Id::MenuExportList, true);
@@ -545,9 +664,6 @@ TEST_F(Gui, KeysTabWalksTheControlsDeleteAndEnterAskToUninstallTheSelectedRow) {
   EXPECT_EQ(app.SelectedRow(), -1);
   PressKey(VK_HOME);
   ASSERT_TRUE(WaitUntil([&] { return app.SelectedRow() == 0; }));
-  // The uninstalling window lists names, without the caption's "(x64)".
-  std::wstring first = app.Cell(0, 0);
-  if (first.ends_with(L"(x64)")) first.resize(first.size() - 5);
   const std::wstring prompt = L"Are you sure you want to uninstall the selected programs?";
   HWND uninstalling = app.FindOwnWindow(L"TUninstalling_Form");
   ASSERT_NE(uninstalling, nullptr);
@@ -564,24 +680,135 @@ TEST_F(Gui, KeysTabWalksTheControlsDeleteAndEnterAskToUninstallTheSelectedRow) {
   EXPECT_TRUE(WaitUntil([&] { return app.Focus() == app.List(); }, std::chrono::seconds(5)))
       << "focus on control " << GetDlgCtrlID(app.Focus());
 
-  // Enter in the list is the default button's: the same question, and on Yes
-  // the uninstalling window gets the row as its one job; Escape closes it and
-  // the list is filled afresh, with the keys back in it.
+  // Enter in the list is the default button's: the same question. Answered
+  // No as well: Yes runs the row's uninstaller, which the uninstall cases do
+  // with real ones.
   PressKey(VK_RETURN);
   box = app.WaitForDialog();
   ASSERT_NE(box, nullptr);
   EXPECT_TRUE(ShowsText(box, prompt));
-  PostMessageW(box, WM_COMMAND, IDYES, 0);
-  ASSERT_TRUE(WaitUntil([&] { return IsWindowVisible(uninstalling) != FALSE; }));
-  EXPECT_FALSE(IsWindowEnabled(app.Main()));
-  EXPECT_EQ(ListBoxLines(FindWindowExW(uninstalling, nullptr, L"ListBox", nullptr)),
-            std::vector<std::wstring>{first});
-  ASSERT_TRUE(WaitUntil([&] { return GetForegroundWindow() == uninstalling; }));
-  PressKey(VK_ESCAPE);
-  EXPECT_TRUE(WaitUntil([&] { return !IsWindowVisible(uninstalling); }));
-  EXPECT_TRUE(WaitUntil([&] { return IsWindowEnabled(app.Main()) != FALSE; }));
-  EXPECT_TRUE(WaitUntil([&] { return app.SelectedRow() == -1 && app.RowCount() == kVisible; }));
+  Answer(IDNO);
+  EXPECT_FALSE(IsWindowVisible(uninstalling));
   EXPECT_TRUE(WaitUntil([&] { return app.Focus() == app.List(); }, std::chrono::seconds(5)));
+}
+
+// The row whose caption is `name`, with or without "(x64)".
+int RowNamed(Program& app, const std::wstring& name) {
+  const auto captions = app.Captions();
+  for (std::size_t i = 0; i < captions.size(); ++i)
+    if (captions[i] == name || captions[i] == name + L"(x64)") return static_cast<int>(i);
+  return -1;
+}
+
+// The lines a run appended to the day's log, after what `before` held.
+std::wstring Appended(const std::wstring& before) {
+  const std::wstring after = ReadUtf8(TodaysLog());
+  if (before.empty()) {
+    const std::size_t header = after.find(L"====================================\r\n\r\n");
+    return header == std::wstring::npos ? std::wstring() : after.substr(header + 40);
+  }
+  return after.substr(0, before.size()) == before ? after.substr(before.size()) : after;
+}
+
+// One program's block with the English texts; the date is not compared.
+void ExpectBlock(const std::wstring& log, std::size_t& at, const std::wstring& name) {
+  const std::wstring head = L"[" + name + L"]\r\nOperation:Standard Uninstall\r\nDate:";
+  ASSERT_EQ(log.substr(at, head.size()), head) << text::ToUtf8(log);
+  const std::size_t end = log.find(L"\r\n\r\n", at + head.size());
+  ASSERT_NE(end, std::wstring::npos);
+  EXPECT_GT(end, at + head.size());
+  at = end + 4;
+}
+
+TEST_F(Gui, UninstallRunsTheRealUninstallerInStandardModeAndWritesTheDaysLog) {
+  ASSERT_TRUE(Install(kSketchpad));
+  app.Command(Id::MenuRefresh);
+  const int row = RowNamed(app, kSketchpad.name);
+  ASSERT_GE(row, 0);
+  app.SelectRow(row);
+  Settle();
+  const std::wstring before = ReadUtf8(TodaysLog());
+  const UninstallerClicks run = RunUninstall();
+  EXPECT_EQ(run.clicks, 1);
+  EXPECT_EQ(run.openAtEnd, 0);  // the notice waited for the uninstaller
+  EXPECT_FALSE(EntryExists(kSketchpad));
+  EXPECT_TRUE(WaitUntil([&] { return app.RowCount() == kVisible; }));
+  EXPECT_LT(RowNamed(app, kSketchpad.name), 0);
+  const std::wstring added = Appended(before);
+  std::size_t at = 0;
+  ExpectBlock(added, at, kSketchpad.name);
+  EXPECT_EQ(at, added.size());
+}
+
+TEST_F(Gui, BatchUninstallRunsTheCheckedProgramsOneAfterAnotherInOneSequence) {
+  ASSERT_TRUE(Install(kSketchpad));
+  ASSERT_TRUE(Install(kSyncTray));
+  app.Command(Id::MenuRefresh);
+  ASSERT_EQ(app.RowCount(), kVisible + 2);
+  app.Command(Id::BatchUninstall);
+  const int a = RowNamed(app, kSketchpad.name), b = RowNamed(app, kSyncTray.name);
+  ASSERT_GE(a, 0);
+  ASSERT_GE(b, 0);
+  app.SetRowChecked(a, true);
+  app.SetRowChecked(b, true);
+  Settle();
+  const std::wstring before = ReadUtf8(TodaysLog());
+  const UninstallerClicks run = RunUninstall();
+  EXPECT_EQ(run.clicks, 2);
+  EXPECT_EQ(run.mostAtOnce, 1);  // never two uninstallers at a time
+  EXPECT_EQ(run.openAtEnd, 0);
+  EXPECT_FALSE(EntryExists(kSketchpad));
+  EXPECT_FALSE(EntryExists(kSyncTray));
+  EXPECT_TRUE(WaitUntil([&] { return app.RowCount() == kVisible; }));
+  // One block each, in list order, from one run.
+  const std::wstring added = Appended(before);
+  std::size_t at = 0;
+  ExpectBlock(added, at, a < b ? kSketchpad.name : kSyncTray.name);
+  ExpectBlock(added, at, a < b ? kSyncTray.name : kSketchpad.name);
+  EXPECT_EQ(at, added.size());
+}
+
+TEST_F(Gui, LogManagerListsTheLogFilesAndDeleteAllEmptiesIt) {
+  const std::wstring folder = LogFolder();
+  SHCreateDirectoryExW(nullptr, folder.c_str(), nullptr);
+  const std::vector<std::wstring> files = {folder + L"2001-01-01.log", folder + L"notes.LOG.txt"};
+  for (const auto& file : files) std::ofstream(text::ToUtf8(file).c_str()) << "x";
+  CreateDirectoryW((folder + L"x.log").c_str(), nullptr);
+  app.Command(Id::MenuLogManagement, true);
+  HWND logs = nullptr;
+  ASSERT_TRUE(WaitUntil([&] {
+    logs = app.FindOwnWindow(L"TLogManager_Form");
+    return logs && IsWindowVisible(logs);
+  }));
+  EXPECT_EQ(WindowText(logs), L"Uninstall Log Manager");
+  EXPECT_EQ(GetWindow(logs, GW_OWNER), app.Main());
+  EXPECT_FALSE(IsWindowEnabled(app.Main()));
+  namespace L = forms::LogManagerId;
+  HWND list = GetDlgItem(logs, L::List);
+  std::vector<std::wstring> names;
+  for (int i = 0, n = app.RowCountOf(list); i < n; ++i) names.push_back(app.CellOf(list, i, 0));
+  for (const wchar_t* name : {L"2001-01-01.log", L"notes.LOG.txt"})
+    EXPECT_NE(std::find(names.begin(), names.end(), name), names.end()) << text::ToUtf8(name);
+  EXPECT_EQ(std::find(names.begin(), names.end(), L"x.log"), names.end());
+  EXPECT_FALSE(IsWindowEnabled(GetDlgItem(logs, L::Open)));
+  EXPECT_TRUE(IsWindowEnabled(GetDlgItem(logs, L::DeleteAll)));
+
+  PostMessageW(logs, WM_COMMAND, L::DeleteAll, 0);
+  HWND box = app.WaitForDialog(logs);
+  ASSERT_NE(box, nullptr);
+  EXPECT_EQ(WindowText(box), L"Uninstall Log Manager");
+  // Delete All asks under Delete's key, which the shipped language file has.
+  const std::wstring english = ReadUtf8(kAppDir + L"Toolbox_Language\\English.lng");
+  EXPECT_TRUE(ShowsText(box, LngValue(english, L"Uninstaller_LogManager_Form_M", L"M_SureDelSelect")));
+  Answer(IDYES, logs);
+  EXPECT_TRUE(WaitUntil([&] { return app.RowCountOf(list) == 0; }));
+  for (const auto& file : files) EXPECT_FALSE(FileExists(file)) << text::ToUtf8(file);
+  EXPECT_FALSE(FileExists(TodaysLog()));
+  EXPECT_TRUE(FileExists(folder + L"x.log"));
+  EXPECT_FALSE(IsWindowEnabled(GetDlgItem(logs, L::DeleteAll)));
+  PostMessageW(logs, WM_COMMAND, IDCANCEL, 0);
+  EXPECT_TRUE(WaitUntil([&] { return !IsWindowVisible(logs) && IsWindowEnabled(app.Main()); }));
+  RemoveDirectoryW((folder + L"x.log").c_str());
 }
 
 // Last: it removes an entry for good.

@@ -1,16 +1,19 @@
 #!/usr/bin/env bash
 # The GUI suite: a fresh sandboxed prefix with five Uninstall entries of known
-# fields, the program in C:\varnel-tests\app\, and the driver run against it.
+# fields, the program in C:\varnel-tests\app\, two sample installers in
+# C:\varnel-fixtures\ for the uninstall cases, and the driver run against it.
 #
-#   gui_test.sh DRIVER_EXE APP_DIR
+#   gui_test.sh DRIVER_EXE APP_DIR FIXTURE_DIR
 #
-# APP_DIR holds VarnelUninstaller.exe and Toolbox_Language\. Without DISPLAY
-# a private Xvfb server is started.
+# APP_DIR holds VarnelUninstaller.exe and Toolbox_Language\; FIXTURE_DIR is
+# where tools/build-fixtures.sh builds the samples (skipping what is up to
+# date). Without DISPLAY a private Xvfb server is started.
 set -uo pipefail
 
-[ $# -eq 2 ] || { echo "usage: $0 DRIVER_EXE APP_DIR" >&2; exit 2; }
+[ $# -eq 3 ] || { echo "usage: $0 DRIVER_EXE APP_DIR FIXTURE_DIR" >&2; exit 2; }
 driver=$1
 app_dir=$2
+fixtures=$3
 tools=$(cd "$(dirname "${BASH_SOURCE[0]}")/../../tools" && pwd)
 . "$tools/xvfb.sh"
 
@@ -21,6 +24,7 @@ die() {
 }
 [ -f "$driver" ] || die "$driver not found"
 [ -f "$app_dir/VarnelUninstaller.exe" ] || die "$app_dir/VarnelUninstaller.exe not found"
+fixtures=$(bash "$tools/build-fixtures.sh" "$fixtures" | tail -n 1) || die "could not build the samples"
 
 dir=$(mktemp -d "${TMPDIR:-/tmp}/varnel-gui.XXXXXX")
 xvfb_pid=""
@@ -40,6 +44,10 @@ drive_c=$dir/prefix/drive_c
 mkdir -p "$drive_c/varnel-tests/app"
 cp -f "$app_dir/VarnelUninstaller.exe" "$drive_c/varnel-tests/app/"
 cp -rf "$app_dir/Toolbox_Language" "$drive_c/varnel-tests/app/"
+mkdir -p "$drive_c/varnel-fixtures"
+for installer in oak-sketchpad-setup.exe quill-sync-user-setup.exe; do
+  cp -f "$fixtures/$installer" "$drive_c/varnel-fixtures/" || die "$installer not built"
+done
 
 # One import for all entries: HKLM 64-bit view, the 32-bit view through
 # Wow6432Node, and the user's.

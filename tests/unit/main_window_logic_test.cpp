@@ -254,8 +254,9 @@ TEST(SoftCommands, HelpLinkFallsBackToTheBrowserAndJobsFollowBatchMode) {
   TSoftRow a, b;
   a.sub[SubItem::RecordIndex] = L"4";
   b.sub[SubItem::RecordIndex] = L"9";
-  EXPECT_EQ(UninstallJobs(true, {&a, &b}, &a), (std::vector<int>{4, 9}));
-  EXPECT_EQ(UninstallJobs(false, {&a, &b}, &b), (std::vector<int>{9}));
+  using Jobs = std::vector<std::wstring>;
+  EXPECT_EQ(UninstallJobs(true, {&a, &b}, &a), (Jobs{L"4", L"9"}));
+  EXPECT_EQ(UninstallJobs(false, {&a, &b}, &b), (Jobs{L"9"}));
   EXPECT_TRUE(UninstallJobs(false, {&a}, nullptr).empty());
   EXPECT_TRUE(UninstallJobs(true, {}, &a).empty());
 }

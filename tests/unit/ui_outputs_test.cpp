@@ -10,7 +10,6 @@
 #include "ui/list_export.h"
 #include "ui/restore_launcher.h"
 #include "ui/right_menu.h"
-#include "ui/uninstall_jobs.h"
 
 namespace varnel {
 namespace {
@@ -175,14 +174,6 @@ TEST(LanguageCatalog, FilesCoverEveryKeyOnceAndGermanTranslatesAll) {
             L"Programm suchen");
   EXPECT_EQ(DefaultText(L"Uninstaller_UninstallForm_Main_M", L"M_Items"), L"%d Items");
   EXPECT_EQ(DefaultText(L"UninstallForm_Main_M", L"M_Items"), L"");
-}
-
-TEST(UninstallJobs, RecordsEachHandOver) {
-  TUninstallJobs jobs;
-  jobs.SetJobs({3, 5}, 0);
-  jobs.SetJobs({7}, 0);
-  EXPECT_EQ(jobs.Jobs(), std::vector<int>{7});
-  EXPECT_EQ(jobs.HandOvers(), 2);
 }
 
 }  // namespace

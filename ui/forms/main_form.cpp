@@ -19,7 +19,9 @@
 #include "core/text_file.h"
 #include "ui/forms/main_form_ids.h"
 #include "ui/forms/private_messages.h"
+#include "ui/forms/log_manager_form.h"
 #include "ui/forms/shell_forms.h"
+#include "ui/forms/uninstalling_form.h"
 #include "ui/language_catalog.h"
 #include "ui/restore_launcher.h"
 #include "ui/right_menu.h"
@@ -536,7 +538,9 @@ void TUninstallForm_Main::UninstallClick() {
     for (int i = 0, n = list_.Count(); i < n; ++i)
       if (list_.Checked(i)) checked.push_back(RowAt(i));
   }
-  std::vector<int> jobs = UninstallJobs(state_.BatchMode(), checked, SelectedRow());
+  // Every checked row goes in one hand-over: one sequence runs them in turn.
+  const std::vector<std::wstring> jobs =
+      UninstallJobs(state_.BatchMode(), checked, SelectedRow());
   if (jobs.empty()) {
     Ask(state_.BatchMode() ? messages_.selectOneItem : messages_.selectProgram,
         MB_OK | MB_ICONINFORMATION);
@@ -544,7 +548,8 @@ void TUninstallForm_Main::UninstallClick() {
   }
   if (Ask(messages_.sureUninstall, MB_YESNO | MB_ICONQUESTION) != IDYES) return;
   if (!uninstalling_ || !inventory_) return;
-  uninstalling_->SetJobs(inventory_->Items(), std::move(jobs), 0);
+  uninstalling_->SetSoftware(&inventory_->Items());
+  uninstalling_->SetJobs(&jobs, JobMode::Uninstall);
   uninstalling_->CenterOver(hwnd_);
   uninstalling_->ShowModal(hwnd_);
   app_.ProcessMessages();

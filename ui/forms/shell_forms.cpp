@@ -72,19 +72,6 @@ LRESULT TShellForm::HandleMessage(UINT message, WPARAM wParam, LPARAM lParam) {
   return Form::HandleMessage(message, wParam, lParam);
 }
 
-TUninstalling_Form::TUninstalling_Form(TApplication& app, HWND owner)
-    : TShellForm(app, L"Uninstalling_Form", L"Label_Jobs", owner) {}
-
-void TUninstalling_Form::SetJobs(const TSoftList& list, std::vector<int> indexes, int mode) {
-  std::vector<std::wstring> names;
-  for (int index : indexes) {
-    if (index >= 0 && static_cast<std::size_t>(index) < list.size() && list[index])
-      names.push_back(list[index]->Name);
-  }
-  jobs_.SetJobs(std::move(indexes), mode);
-  SetLines(names);
-}
-
 TForceUninstall_Form::TForceUninstall_Form(TApplication& app, HWND owner)
     : TShellForm(app, L"ForceUninstall_Form", L"Label_File", owner) {}
 
@@ -92,8 +79,5 @@ void TForceUninstall_Form::SetFile(const std::wstring& file) { SetDetail(file); 
 
 TPowerScan_Form::TPowerScan_Form(TApplication& app, HWND owner)
     : TShellForm(app, L"PowerScan_Form", L"Label_Results", owner) {}
-
-TLogManager_Form::TLogManager_Form(TApplication& app, HWND owner)
-    : TShellForm(app, L"LogManager_Form", L"Label_Logs", owner) {}
 
 }  // namespace varnel::forms

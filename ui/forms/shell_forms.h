@@ -8,16 +8,14 @@
 
 #include "controls/handles.h"
 #include "controls/list_box.h"
-#include "inventory/soft_list.h"
 #include "ui/forms/form.h"
 #include "ui/forms/form_texts.h"
-#include "ui/uninstall_jobs.h"
 
 namespace varnel::forms {
 
 // A plain window of the program with a caption line, a list of lines and a
-// Close button; the uninstalling, forced-uninstall, results and log windows
-// are built on it until their own work arrives.
+// Close button; the forced-uninstall and results windows are built on it
+// until their own work arrives.
 class TShellForm : public Form {
  public:
   // `formName` is the layout name ("Uninstalling_Form"), the class is "T" + it.
@@ -44,18 +42,6 @@ class TShellForm : public Form {
   std::unique_ptr<TFormTexts> texts_;
 };
 
-// Receives the uninstall request of the main window; the uninstall sequence
-// itself arrives with its own work.
-class TUninstalling_Form : public TShellForm {
- public:
-  TUninstalling_Form(TApplication& app, HWND owner);
-  void SetJobs(const TSoftList& list, std::vector<int> indexes, int mode);
-  const TUninstallJobs& Jobs() const { return jobs_; }
-
- private:
-  TUninstallJobs jobs_;
-};
-
 // Opened for a file (a drop, the shell's context menu) or empty.
 class TForceUninstall_Form : public TShellForm {
  public:
@@ -63,14 +49,11 @@ class TForceUninstall_Form : public TShellForm {
   void SetFile(const std::wstring& file);
 };
 
+// The leftovers found, one line each, until the results window has its own work.
 class TPowerScan_Form : public TShellForm {
  public:
   TPowerScan_Form(TApplication& app, HWND owner);
-};
-
-class TLogManager_Form : public TShellForm {
- public:
-  TLogManager_Form(TApplication& app, HWND owner);
+  void SetResults(const std::vector<std::wstring>& lines) { SetLines(lines); }
 };
 
 }  // namespace varnel::forms

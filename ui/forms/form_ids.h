@@ -1,0 +1,35 @@
+#pragma once
+
+// Control ids of the uninstalling and log manager windows; the GUI tests
+// drive them by these.
+namespace varnel::forms {
+
+namespace UninstallingId {
+constexpr int ModeLabel = 100;
+constexpr int Standard = 101;
+constexpr int Advanced = 102;
+constexpr int Scan = 110;
+constexpr int Cancel = 111;
+// Per step: marker, caption, description; the restore-point step has the
+// backup's caption line too.
+constexpr int MarkerFirst = 120;  // three markers, 120..122
+constexpr int RestorePointCaption = 130;
+constexpr int RegBackupCaption = 131;
+constexpr int RestorePointInfo = 132;
+constexpr int UninstallingCaption = 133;
+constexpr int UninstallingInfo = 134;
+constexpr int PowerScanCaption = 135;
+constexpr int PowerScanInfo = 136;
+}  // namespace UninstallingId
+
+namespace LogManagerId {
+constexpr int Title = 100;
+constexpr int Info = 101;
+constexpr int List = 102;
+constexpr int Open = 110;
+constexpr int Delete = 111;
+constexpr int DeleteAll = 112;
+constexpr int Cancel = 113;
+}  // namespace LogManagerId
+
+}  // namespace varnel::forms

@@ -1,0 +1,424 @@
+#include "ui/forms/uninstalling_form.h"
+
+#include <unordered_map>
+
+#include "controls/dpi.h"
+#include "controls/step_marker.h"
+#include "leftovers/results_tree.h"
+#include "leftovers/scan_driver.h"
+#include "ui/forms/form_ids.h"
+#include "ui/forms/shell_forms.h"
+#include "ui/language_catalog.h"
+
+namespace varnel::forms {
+
+namespace {
+
+namespace Id = UninstallingId;
+constexpr wchar_t kFormName[] = L"Uninstalling_Form";
+constexpr UINT_PTR kStartTimer = 1;  // Timer_Uninstall
+constexpr UINT_PTR kFrameTimer = 2;  // the running markers
+constexpr UINT kStartDelayMs = 100;
+constexpr UINT kFrameMs = 500;
+constexpr COLORREF kDark = 0x333333;
+constexpr COLORREF kLight = 0x999999;
+
+// The results tree as indented lines, for the plain list of the results
+// window until that window has a tree of its own.
+class TextTree : public IResultsTree {
+ public:
+  TreeNodeId AddNode(TreeNodeId parent, const std::wstring& caption, int, int,
+                     std::unique_ptr<TMyTreeData>) override {
+    const auto it = depth_.find(parent);
+    const int depth = parent == kTreeRoot || it == depth_.end() ? 0 : it->second + 1;
+    lines_.push_back(std::wstring(static_cast<std::size_t>(depth) * 4, L' ') + caption);
+    const TreeNodeId id = static_cast<TreeNodeId>(lines_.size());
+    depth_[id] = depth;
+    return id;
+  }
+  const std::vector<std::wstring>& Lines() const { return lines_; }
+
+ private:
+  std::vector<std::wstring> lines_;
+  std::unordered_map<TreeNodeId, int> depth_;
+};
+
+}  // namespace
+
+TUninstalling_Form::TUninstalling_Form(TApplication& app, HWND owner) : Form(app) {
+  const UINT dpi = controls::DpiOf(owner);
+  if (!Create(kFormName, controls::Scale(540, dpi), controls::Scale(400, dpi), owner,
+              WS_POPUPWINDOW | WS_CAPTION | WS_DLGFRAME))
+    return;
+  CreateControls();
+  sequence_ = std::make_unique<TUninstallSequence>(app.Machine(), *this, LoadTexts());
+  Layout();
+}
+
+TUninstalling_Form::~TUninstalling_Form() = default;
+
+void TUninstalling_Form::CreateControls() {
+  using controls::CreateChild;
+  modeLabel_.Attach(CreateChild(hwnd_, L"STATIC", L"Uninstall Mode:", SS_LEFT, Id::ModeLabel));
+  standardChoice_.Attach(CreateChild(hwnd_, L"BUTTON", L"Standard",
+                                     BS_AUTORADIOBUTTON | WS_TABSTOP | WS_GROUP, Id::Standard));
+  advancedChoice_.Attach(
+      CreateChild(hwnd_, L"BUTTON", L"Advanced", BS_AUTORADIOBUTTON, Id::Advanced));
+  for (int i = 0; i < kSteps; ++i)
+    markers_[i] = CreateChild(hwnd_, L"STATIC", L"", SS_OWNERDRAW, Id::MarkerFirst + i);
+  auto label = [&](int id, const wchar_t* text, DWORD style) {
+    return controls::Label(CreateChild(hwnd_, L"STATIC", text, SS_NOPREFIX | style, id));
+  };
+  const DWORD line = SS_LEFTNOWORDWRAP | SS_ENDELLIPSIS;
+  restorePoint_ = label(Id::RestorePointCaption, L"", line);
+  regBackup_ = label(Id::RegBackupCaption, L"", line);
+  restoreInfo_ = label(Id::RestorePointInfo,
+                       L"Create a restore point here and you can undo the changes if something "
+                       L"unexpected happened.",
+                       SS_LEFT);
+  uninstalling_ = label(Id::UninstallingCaption, L"", line);
+  uninstallInfo_ = label(Id::UninstallingInfo,
+                         L"Built-in uninstall by using the application's uninstaller.", SS_LEFT);
+  powerScan_ = label(Id::PowerScanCaption, L"Powerful Scan", line);
+  powerScanInfo_ = label(Id::PowerScanInfo,
+                         L"Scan for leftover items in the Registry and on the hard drive.", SS_LEFT);
+  scan_.Attach(CreateChild(hwnd_, L"BUTTON", L"Powerful Scan", BS_PUSHBUTTON | WS_TABSTOP | WS_GROUP,
+                           Id::Scan));
+  cancel_.Attach(
+      CreateChild(hwnd_, L"BUTTON", L"Cancel", BS_PUSHBUTTON | WS_TABSTOP, Id::Cancel));
+  scan_.Enable(false);
+}
+
+TUninstallTexts TUninstalling_Form::LoadTexts() {
+  texts_ = std::make_unique<TFormTexts>(kFormName, hwnd_);
+  TFormTexts& t = *texts_;
+  t.AddWindow(L"Label_UninstallMode", ComponentKind::Label, modeLabel_.Handle());
+  t.AddWindow(L"Label_Standard", ComponentKind::Label, standardChoice_.Handle());
+  t.AddWindow(L"Label_Advanced", ComponentKind::Label, advancedChoice_.Handle());
+  t.AddWindow(L"Label_CreateSystemRestorePoint", ComponentKind::Label, restorePoint_.Handle());
+  t.AddWindow(L"Label_CreateRegBackup", ComponentKind::Label, regBackup_.Handle());
+  t.AddWindow(L"Label_CreateRestore_Info", ComponentKind::Label, restoreInfo_.Handle());
+  t.AddWindow(L"Label_Uninstalling", ComponentKind::Label, uninstalling_.Handle());
+  t.AddWindow(L"Label_StdCall_Info", ComponentKind::Label, uninstallInfo_.Handle());
+  t.AddWindow(L"Label_PowerScanning", ComponentKind::Label, powerScan_.Handle());
+  t.AddWindow(L"Label_PowerscanInfo", ComponentKind::Label, powerScanInfo_.Handle());
+  t.AddWindow(L"Button_Scan", ComponentKind::Button, scan_.Handle());
+  t.AddWindow(L"Button_Cancel", ComponentKind::Button, cancel_.Handle());
+  const auto language = TranslateForm(app_.Machine(), t);
+  auto m = [&](std::wstring_view key) { return CatalogMessage(*language, kFormName, key); };
+  TUninstallTexts texts;
+  texts.NoLeftFind = m(L"M_NoLeftFind");
+  texts.CreateRestorePoint = m(L"M_CreateRestorePoint");
+  texts.CreateRegBackup = m(L"M_CreateRegBackup");
+  texts.StandardUninstall = m(L"M_StandardUninstall");
+  texts.CreateRPFinish = m(L"M_CreateRPFinish");
+  texts.CreateRBFinish = m(L"M_CreateRBFinish");
+  texts.Uninstalling = m(L"M_Uninstalling");
+  texts.UninstallFinish = m(L"M_UninstallFinish");
+  texts.Operation = m(L"M_Operation");
+  texts.DateTime = m(L"M_DateTime");
+  texts.ForcedUninstall = m(L"M_ForcedUninstall");
+  return texts;
+}
+
+void TUninstalling_Form::Layout() {
+  if (!cancel_) return;
+  const UINT dpi = controls::DpiOf(hwnd_);
+  font_ = controls::MessageFont(dpi);
+  boldFont_ = controls::MessageFont(dpi, true);
+  for (HWND c : {modeLabel_.Handle(), standardChoice_.Handle(), advancedChoice_.Handle(),
+                 restoreInfo_.Handle(), uninstallInfo_.Handle(), powerScanInfo_.Handle(),
+                 scan_.Handle(), cancel_.Handle()})
+    controls::Window(c).SetFont(font_.get());
+  for (HWND c : {restorePoint_.Handle(), regBackup_.Handle(), uninstalling_.Handle(),
+                 powerScan_.Handle()})
+    controls::Window(c).SetFont(boldFont_.get());
+  auto s = [dpi](int v) { return controls::Scale(v, dpi); };
+  RECT r;
+  GetClientRect(hwnd_, &r);
+  const int left = s(16), text = s(48), width = r.right - text - s(16);
+  modeLabel_.Move(left, s(16), s(120), s(20));
+  standardChoice_.Move(left + s(124), s(14), s(130), s(24));
+  advancedChoice_.Move(left + s(260), s(14), s(130), s(24));
+  const int marker = s(20);
+  int y = s(58);
+  controls::Window(markers_[0]).Move(left, y, marker, marker);
+  restorePoint_.Move(text, y, width, s(20));
+  regBackup_.Move(text, y + s(22), width, s(20));
+  restoreInfo_.Move(text, y + s(44), width, s(36));
+  y += s(92);
+  controls::Window(markers_[1]).Move(left, y, marker, marker);
+  uninstalling_.Move(text, y, width, s(20));
+  uninstallInfo_.Move(text, y + s(22), width, s(36));
+  y += s(70);
+  controls::Window(markers_[2]).Move(left, y, marker, marker);
+  powerScan_.Move(text, y, width, s(20));
+  powerScanInfo_.Move(text, y + s(22), width, s(36));
+  const int buttonTop = r.bottom - s(44);
+  cancel_.Move(r.right - s(16) - s(100), buttonTop, s(100), s(28));
+  scan_.Move(r.right - s(16) - s(100) - s(8) - s(130), buttonTop, s(130), s(28));
+}
+
+void TUninstalling_Form::SetSoftware(const TSoftList* list) {
+  software_ = list;
+  if (sequence_) sequence_->SetSoftware(list);
+}
+
+void TUninstalling_Form::SetJobs(const std::vector<std::wstring>* jobs, int mode) {
+  if (sequence_) sequence_->SetJobs(jobs, mode);
+}
+
+const std::vector<std::wstring>& TUninstalling_Form::Jobs() const {
+  static const std::vector<std::wstring> kNone;
+  return sequence_ ? sequence_->Jobs() : kNone;
+}
+
+// FormShow.
+void TUninstalling_Form::OnShow() {
+  if (!sequence_) return;
+  advanced_ = LoadModeChoice(app_.Machine());
+  standardChoice_.SetChecked(!advanced_);
+  advancedChoice_.SetChecked(advanced_);
+  standardChoice_.Enable(true);
+  advancedChoice_.Enable(true);
+  for (int i = 0; i < kSteps; ++i) dark_[i] = false;
+  sequence_->Prepare();
+  scan_.Enable(false);
+  ShowScanStep(advanced_);
+  busy_ = true;
+  SetTimer(hwnd_, kStartTimer, kStartDelayMs, nullptr);
+  lastFocus_ = cancel_.Handle();
+}
+
+void TUninstalling_Form::ShowScanStep(bool show) {
+  powerScan_.Show(show);
+  powerScanInfo_.Show(show);
+  scan_.Show(show);
+}
+
+void TUninstalling_Form::StandardClick() {
+  advanced_ = false;
+  ShowScanStep(false);
+  reached_[2] = false;
+  running_[2] = false;
+  controls::Window(markers_[2]).Invalidate();
+  Animate();
+}
+
+void TUninstalling_Form::AdvancedClick() {
+  advanced_ = true;
+  ShowScanStep(true);
+  reached_[2] = IsWindowEnabled(scan_.Handle()) != FALSE;
+  controls::Window(markers_[2]).Invalidate();
+}
+
+void TUninstalling_Form::OnTimer(UINT_PTR id) {
+  if (id == kFrameTimer) {
+    ++frame_;
+    for (int i = 0; i < kSteps; ++i)
+      if (running_[i]) controls::Window(markers_[i]).Invalidate();
+    return;
+  }
+  if (id != kStartTimer) return;
+  KillTimer(hwnd_, kStartTimer);
+  busy_ = true;
+  // Whatever ends the run, Cancel must close the window afterwards.
+  struct Idle {
+    bool& busy;
+    ~Idle() { busy = false; }
+  } idle{busy_};
+  sequence_->Run(advanced_);
+}
+
+// Cancel, Escape and the close box alike: while the sequence or the scan
+// runs they stop it (a running uninstaller is left running); after that
+// they close the window.
+void TUninstalling_Form::CancelClick() {
+  if (busy_ && sequence_) {
+    sequence_->Cancel();
+    return;
+  }
+  CloseWindow();
+}
+
+void TUninstalling_Form::OnClose() { CancelClick(); }
+
+void TUninstalling_Form::ScanClick() {
+  if (!sequence_ || busy_) return;
+  standardChoice_.Enable(false);
+  advancedChoice_.Enable(false);
+  scan_.Enable(false);
+  cancel_.Focus();
+  lastFocus_ = cancel_.Handle();
+  busy_ = true;
+  TextTree tree;
+  {
+    struct Idle {
+      bool& busy;
+      ~Idle() { busy = false; }
+    } idle{busy_};
+    TScanDriver driver(app_.Machine(), [this] { ProcessMessages(); });
+    sequence_->Scan(driver, nullptr, tree, nullptr);
+  }
+  running_[2] = false;
+  controls::Window(markers_[2]).Invalidate();
+  Animate();
+  if (tree.Lines().empty()) {
+    if (!sequence_->Cancelled()) ShowMessage(sequence_->Texts().NoLeftFind);
+    CloseWindow();
+    return;
+  }
+  const RECT bounds = controls::Window(hwnd_).Bounds();
+  CloseWindow();
+  if (results_) {
+    results_->SetResults(tree.Lines());
+    results_->MoveTo(bounds.left, bounds.top);
+    results_->ShowModeless();
+  }
+}
+
+void TUninstalling_Form::OnCommand(int id, int code, HWND) {
+  switch (id) {
+    case Id::Cancel:
+    case IDCANCEL:
+      CancelClick();
+      return;
+    case Id::Scan:
+      ScanClick();
+      return;
+    case Id::Standard:
+      if (code == BN_CLICKED) StandardClick();
+      return;
+    case Id::Advanced:
+      if (code == BN_CLICKED) AdvancedClick();
+      return;
+    default:
+      return;
+  }
+}
+
+void TUninstalling_Form::OnSize(UINT, int, int) { Layout(); }
+
+void TUninstalling_Form::OnDpiChanged(UINT dpi, const RECT& suggested) {
+  Form::OnDpiChanged(dpi, suggested);
+  Layout();
+}
+
+LRESULT TUninstalling_Form::HandleMessage(UINT message, WPARAM wParam, LPARAM lParam) {
+  switch (message) {
+    case WM_DRAWITEM: {
+      const auto& item = *reinterpret_cast<const DRAWITEMSTRUCT*>(lParam);
+      const int step = static_cast<int>(item.CtlID) - Id::MarkerFirst;
+      if (step < 0 || step >= kSteps) break;
+      const auto look = running_[step]   ? controls::MarkerLook::Running
+                        : reached_[step] ? controls::MarkerLook::Reached
+                                         : controls::MarkerLook::None;
+      controls::PaintStepMarker(item, look, frame_);
+      return TRUE;
+    }
+    case WM_CTLCOLORSTATIC: {
+      const int id = GetDlgCtrlID(reinterpret_cast<HWND>(lParam));
+      int step = -1;
+      if (id >= Id::RestorePointCaption && id <= Id::RestorePointInfo) step = 0;
+      if (id == Id::UninstallingCaption || id == Id::UninstallingInfo) step = 1;
+      if (id == Id::PowerScanCaption || id == Id::PowerScanInfo) step = 2;
+      if (step < 0) break;
+      HDC dc = reinterpret_cast<HDC>(wParam);
+      SetTextColor(dc, dark_[step] ? kDark : kLight);
+      SetBkColor(dc, GetSysColor(COLOR_BTNFACE));
+      return reinterpret_cast<LRESULT>(GetSysColorBrush(COLOR_BTNFACE));
+    }
+    case DM_GETDEFID:
+      return MAKELRESULT(Id::Cancel, DC_HASDEFID);
+    default:
+      break;
+  }
+  return Form::HandleMessage(message, wParam, lParam);
+}
+
+void TUninstalling_Form::Animate() {
+  bool any = false;
+  for (bool running : running_) any = any || running;
+  if (any) {
+    SetTimer(hwnd_, kFrameTimer, kFrameMs, nullptr);
+  } else {
+    KillTimer(hwnd_, kFrameTimer);
+  }
+}
+
+// SetStep: 0..2 start that step's marker and draw its lines dark; 3 starts
+// the scan's marker; any other value hides every marker.
+void TUninstalling_Form::SetStep(int step) {
+  if (step < 0 || step > 3) {
+    for (int i = 0; i < kSteps; ++i) running_[i] = reached_[i] = false;
+  } else {
+    const int line = step == 3 ? 2 : step;
+    for (int i = 0; i < kSteps; ++i) running_[i] = step != 2 && i == line;
+    reached_[line] = true;
+    if (step <= 2)
+      for (int i = 0; i < kSteps; ++i) dark_[i] = i == step;
+  }
+  for (HWND marker : markers_) controls::Window(marker).Invalidate();
+  for (HWND label : {restorePoint_.Handle(), regBackup_.Handle(), restoreInfo_.Handle(),
+                     uninstalling_.Handle(), uninstallInfo_.Handle(), powerScan_.Handle(),
+                     powerScanInfo_.Handle()})
+    InvalidateRect(label, nullptr, TRUE);
+  Animate();
+}
+
+HWND TUninstalling_Form::StepLabel(StepLine line) const {
+  switch (line) {
+    case StepLine::RestorePoint:
+      return restorePoint_.Handle();
+    case StepLine::RegBackup:
+      return regBackup_.Handle();
+    case StepLine::Uninstalling:
+      return uninstalling_.Handle();
+    case StepLine::PowerScanning:
+      return powerScan_.Handle();
+  }
+  return nullptr;
+}
+
+std::wstring TUninstalling_Form::Caption(StepLine line) const {
+  return controls::Window(StepLabel(line)).Text();
+}
+
+void TUninstalling_Form::SetCaption(StepLine line, std::wstring_view text) {
+  controls::Window(StepLabel(line)).SetText(text);
+}
+
+void TUninstalling_Form::HideUninstallMarker() {
+  running_[1] = false;
+  controls::Window(markers_[1]).Invalidate();
+  Animate();
+}
+
+void TUninstalling_Form::EnableScan() {
+  scan_.Enable(true);
+  if (advanced_) {
+    reached_[2] = true;
+    controls::Window(markers_[2]).Invalidate();
+    scan_.Focus();
+    lastFocus_ = scan_.Handle();
+  }
+}
+
+void TUninstalling_Form::ProcessMessages() {
+  app_.ProcessMessages();
+  app_.Dispatcher().Drain();
+}
+
+void TUninstalling_Form::ShowMessage(std::wstring_view text) {
+  MessageBoxW(hwnd_, std::wstring(text).c_str(), controls::Window(hwnd_).Text().c_str(),
+              MB_OK);
+}
+
+void TUninstalling_Form::CloseWindow() {
+  KillTimer(hwnd_, kStartTimer);
+  for (int i = 0; i < kSteps; ++i) running_[i] = false;
+  Animate();
+  Close();
+}
+
+}  // namespace varnel::forms
