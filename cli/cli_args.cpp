@@ -1,23 +1,51 @@
 #include "cli/cli_args.h"
 
+#include <initializer_list>
+#include <span>
+#include <utility>
+
 namespace varnel::cli {
 
 namespace {
+
+using Flags = std::initializer_list<std::pair<std::wstring_view, bool*>>;
+
+// Sets the flag `arg` names; false when it names none.
+bool SetFlag(const std::wstring& arg, Flags flags) {
+  for (const auto& [name, flag] : flags) {
+    if (arg == name) {
+      *flag = true;
+      return true;
+    }
+  }
+  return false;
+}
+
+// The argument after option `i`, which must not be empty.
+std::optional<std::wstring> TakeValue(const std::vector<std::wstring>& args, std::size_t& i,
+                                      std::wstring_view what, std::wstring& error) {
+  if (i + 1 >= args.size() || args[i + 1].empty()) {
+    error = L"\"" + args[i] + L"\" needs " + std::wstring(what);
+    return std::nullopt;
+  }
+  return args[++i];
+}
+
+std::wstring UnknownOption(const std::wstring& arg, const std::wstring& command) {
+  return L"unknown option \"" + arg + L"\" for \"" + command + L"\"";
+}
 
 std::optional<ParsedCommand> ParseScan(const std::vector<std::wstring>& args,
                                        ParsedCommand& parsed, std::wstring& error) {
   bool haveTarget = false;
   for (std::size_t i = 1; i < args.size(); ++i) {
-    if (args[i] == L"--json") {
-      parsed.scan.json = true;
-    } else if (args[i] == L"--record") {
-      if (i + 1 >= args.size() || args[i + 1].empty()) {
-        error = L"\"--record\" needs a file";
-        return std::nullopt;
-      }
-      parsed.scan.recordFile = args[++i];
+    if (SetFlag(args[i], {{L"--json", &parsed.scan.json}})) continue;
+    if (args[i] == L"--record") {
+      auto file = TakeValue(args, i, L"a file", error);
+      if (!file) return std::nullopt;
+      parsed.scan.recordFile = *file;
     } else if (args[i].starts_with(L"--")) {
-      error = L"unknown option \"" + args[i] + L"\" for \"scan\"";
+      error = UnknownOption(args[i], L"scan");
       return std::nullopt;
     } else if (haveTarget) {
       error = L"\"scan\" takes one program";
@@ -35,6 +63,47 @@ std::optional<ParsedCommand> ParseScan(const std::vector<std::wstring>& args,
   return parsed;
 }
 
+std::optional<ParsedCommand> ParseUninstall(const std::vector<std::wstring>& args,
+                                            ParsedCommand& parsed, std::wstring& error) {
+  UninstallOptions& options = parsed.uninstall;
+  for (std::size_t i = 1; i < args.size(); ++i) {
+    if (SetFlag(args[i], {{L"--quiet", &options.quiet},
+                          {L"--json", &options.json},
+                          {L"--restore-point", &options.restorePoint}}))
+      continue;
+    if (args[i].starts_with(L"--")) {
+      error = UnknownOption(args[i], L"uninstall");
+      return std::nullopt;
+    }
+    options.targets.push_back(args[i]);
+  }
+  if (options.targets.empty()) {
+    error = L"\"uninstall\" needs at least one program's name or index";
+    return std::nullopt;
+  }
+  return parsed;
+}
+
+std::optional<ParsedCommand> ParseLogs(const std::vector<std::wstring>& args,
+                                       ParsedCommand& parsed, std::wstring& error) {
+  LogsOptions& options = parsed.logs;
+  for (std::size_t i = 1; i < args.size(); ++i) {
+    if (SetFlag(args[i], {{L"--json", &options.json}})) continue;
+    if (args[i] != L"--show") {
+      error = UnknownOption(args[i], L"logs");
+      return std::nullopt;
+    }
+    auto name = TakeValue(args, i, L"a log's name", error);
+    if (!name) return std::nullopt;
+    options.show = *name;
+  }
+  if (options.json && !options.show.empty()) {
+    error = L"\"--show\" prints the log itself and takes no \"--json\"";
+    return std::nullopt;
+  }
+  return parsed;
+}
+
 }  // namespace
 
 std::optional<ParsedCommand> ParseArguments(const std::vector<std::wstring>& args,
@@ -47,17 +116,15 @@ std::optional<ParsedCommand> ParseArguments(const std::vector<std::wstring>& arg
   ParsedCommand parsed;
   parsed.command = args[0];
   if (parsed.command == L"scan") return ParseScan(args, parsed, error);
+  if (parsed.command == L"uninstall") return ParseUninstall(args, parsed, error);
+  if (parsed.command == L"logs") return ParseLogs(args, parsed, error);
   if (parsed.command != L"list") {
     error = L"unknown command \"" + parsed.command + L"\"";
     return std::nullopt;
   }
-  for (std::size_t i = 1; i < args.size(); ++i) {
-    if (args[i] == L"--json") {
-      parsed.list.json = true;
-    } else if (args[i] == L"--all") {
-      parsed.list.all = true;
-    } else {
-      error = L"unknown option \"" + args[i] + L"\" for \"list\"";
+  for (const std::wstring& arg : std::span(args).subspan(1)) {
+    if (!SetFlag(arg, {{L"--json", &parsed.list.json}, {L"--all", &parsed.list.all}})) {
+      error = UnknownOption(arg, L"list");
       return std::nullopt;
     }
   }
@@ -67,6 +134,8 @@ std::optional<ParsedCommand> ParseArguments(const std::vector<std::wstring>& arg
 std::wstring UsageText() {
   return L"usage: varnel-cli list [--json] [--all]\n"
          L"       varnel-cli scan <name|index> [--json] [--record FILE]\n"
+         L"       varnel-cli uninstall <name|index>... [--quiet] [--json] [--restore-point]\n"
+         L"       varnel-cli logs [--json] | logs --show NAME\n"
          L"\n"
          L"  list      the installed programs, one line each\n"
          L"  --json    an array of objects instead, one per program\n"
@@ -78,7 +147,20 @@ std::wstring UsageText() {
          L"  --record  scan from a record saved by \"list --json\" (an object, or the array\n"
          L"            with the name or index choosing from it)\n"
          L"\n"
-         L"exit codes: 0 done, 1 failed (or no such program), 2 bad command line\n";
+         L"  uninstall runs each program's own uninstaller in turn, waits until it and\n"
+         L"            everything it started have ended, and writes the day's log\n"
+         L"  --quiet   run the quiet form instead (the entry's own, or the one its\n"
+         L"            Windows Installer, NSIS or Inno Setup uninstaller takes); a\n"
+         L"            program without one is skipped\n"
+         L"  --json    one object: per program what ran and whether it is still listed,\n"
+         L"            and the log file\n"
+         L"  --restore-point  make a system restore point first\n"
+         L"\n"
+         L"  logs      the uninstall log files; --json as an array; --show NAME prints one\n"
+         L"\n"
+         L"exit codes: 0 done, 1 failed (no such program, an uninstaller could not start\n"
+         L"or was skipped), 2 bad command line, 3 an uninstaller ended but its program\n"
+         L"is still listed\n";
 }
 
 }  // namespace varnel::cli

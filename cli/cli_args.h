@@ -11,6 +11,7 @@ namespace ExitCode {
 constexpr int Ok = 0;
 constexpr int Failed = 1;
 constexpr int Usage = 2;
+constexpr int StillListed = 3;  // an uninstaller ended, yet its program is still listed
 }  // namespace ExitCode
 
 struct ListOptions {
@@ -24,10 +25,24 @@ struct ScanOptions {
   std::wstring recordFile;  // a record saved by `list --json`, instead of the installed list
 };
 
+struct UninstallOptions {
+  std::vector<std::wstring> targets;  // names or indexes, in the order to uninstall
+  bool quiet = false;
+  bool json = false;
+  bool restorePoint = false;
+};
+
+struct LogsOptions {
+  bool json = false;
+  std::wstring show;  // the one log to print
+};
+
 struct ParsedCommand {
-  std::wstring command;  // "list" or "scan"
+  std::wstring command;  // "list", "scan", "uninstall" or "logs"
   ListOptions list;
   ScanOptions scan;
+  UninstallOptions uninstall;
+  LogsOptions logs;
 };
 
 // nullopt, with `error` set, for an unknown command or option.

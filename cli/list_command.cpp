@@ -3,8 +3,11 @@
 #include <algorithm>
 #include <nlohmann/json.hpp>
 
-#include "core/data_folder.h"
+#include "cli/json_output.h"
+#include "cli/logs_command.h"
 #include "cli/scan_command.h"
+#include "cli/uninstall_command.h"
+#include "core/data_folder.h"
 #include "core/text.h"
 #include "inventory/software_info.h"
 
@@ -73,8 +76,7 @@ std::string FormatListJson(const TSoftList& list, bool all) {
         {"hidden", info.Hidden},
     });
   }
-  // Registry text may hold lone surrogates; they must not abort the output.
-  return array.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
+  return DumpJson(array);
 }
 
 void WithInventory(const Platform& platform, std::string& err,
@@ -101,7 +103,7 @@ int RunList(const Platform& platform, const ListOptions& options, std::string& o
 }
 
 int RunCli(const Platform& platform, const std::vector<std::wstring>& args, std::string& out,
-           std::string& err) {
+           std::string& err, const std::function<void(const std::string&)>& progress) {
   std::wstring error;
   auto parsed = ParseArguments(args, error);
   if (!parsed) {
@@ -109,6 +111,9 @@ int RunCli(const Platform& platform, const std::vector<std::wstring>& args, std:
     return ExitCode::Usage;
   }
   if (parsed->command == L"scan") return RunScan(platform, parsed->scan, out, err);
+  if (parsed->command == L"uninstall")
+    return RunUninstall(platform, parsed->uninstall, out, err, progress);
+  if (parsed->command == L"logs") return RunLogs(platform, parsed->logs, out, err);
   return RunList(platform, parsed->list, out, err);
 }
 

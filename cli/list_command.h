@@ -24,8 +24,9 @@ int RunList(const Platform& platform, const ListOptions& options, std::string& o
 void WithInventory(const Platform& platform, std::string& err,
                    const std::function<void(const TSoftList&)>& use);
 
-// The whole tool: arguments without the program name.
+// The whole tool: arguments without the program name. `progress`, when set,
+// receives what a long command does while it runs.
 int RunCli(const Platform& platform, const std::vector<std::wstring>& args, std::string& out,
-           std::string& err);
+           std::string& err, const std::function<void(const std::string&)>& progress = {});
 
 }  // namespace varnel::cli

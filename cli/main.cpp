@@ -1,4 +1,4 @@
-// varnel-cli: the inventory and, later, the uninstall engine for scripts.
+// varnel-cli: the inventory and the uninstall engine for scripts.
 #include <windows.h>
 
 #include <string>
@@ -39,7 +39,9 @@ int wmain(int argc, wchar_t** argv) {
   int code = varnel::cli::ExitCode::Failed;
   try {
     varnel::win32::Win32Platform machine;
-    code = varnel::cli::RunCli(machine.Get(), args, out, err);
+    // Progress goes out at once; the result only when the command is done.
+    code = varnel::cli::RunCli(machine.Get(), args, out, err,
+                               [](const std::string& line) { Write(STD_ERROR_HANDLE, line); });
   } catch (const std::exception& e) {
     err += std::string("varnel-cli: ") + e.what() + "\n";
     code = varnel::cli::ExitCode::Failed;

@@ -2,6 +2,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "cli/json_output.h"
 #include "cli/list_command.h"
 #include "core/registry_location.h"
 #include "core/text.h"
@@ -46,11 +47,6 @@ bool AllDigits(const std::wstring& s) {
   for (wchar_t c : s)
     if (c < L'0' || c > L'9') return false;
   return true;
-}
-
-std::string Dump(const nlohmann::ordered_json& json) {
-  // Registry text may hold lone surrogates; they must not abort the output.
-  return json.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
 }
 
 }  // namespace
@@ -118,7 +114,7 @@ std::string FormatScanJson(const ScanFindings& found) {
                                    {"count", found.Count()},
                                    {"registry", std::move(registry)},
                                    {"files", std::move(files)}};
-  return Dump(result);
+  return DumpJson(result);
 }
 
 int RunScan(const Platform& platform, const ScanOptions& options, std::string& out,

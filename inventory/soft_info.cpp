@@ -40,18 +40,22 @@ void MergeSoftInfo(TSoftInfo& target, const TSoftInfo& source) {
 
 void CopySoftInfo(TSoftInfo& target, const TSoftInfo& source) { target = source; }
 
+bool IsProductCode(std::wstring_view text) {
+  if (text.size() != 38 || text.front() != L'{' || text.back() != L'}') return false;
+  for (std::size_t i = 1; i < 37; ++i) {
+    wchar_t c = text[i];
+    bool hyphen = i == 9 || i == 14 || i == 19 || i == 24;
+    bool hex = (c >= L'0' && c <= L'9') || (c >= L'a' && c <= L'f') || (c >= L'A' && c <= L'F');
+    if (hyphen ? c != L'-' : !hex) return false;
+  }
+  return true;
+}
+
 std::wstring MsiProductCode(const TSoftInfo& info) {
   std::wstring_view key = info.KeyPath;
   std::size_t slash = key.rfind(L'\\');
   std::wstring_view name = slash == std::wstring_view::npos ? key : key.substr(slash + 1);
-  if (name.size() != 38 || name.front() != L'{' || name.back() != L'}') return {};
-  for (std::size_t i = 1; i < 37; ++i) {
-    wchar_t c = name[i];
-    bool hyphen = i == 9 || i == 14 || i == 19 || i == 24;
-    bool hex = (c >= L'0' && c <= L'9') || (c >= L'a' && c <= L'f') || (c >= L'A' && c <= L'F');
-    if (hyphen ? c != L'-' : !hex) return {};
-  }
-  return std::wstring(name);
+  return IsProductCode(name) ? std::wstring(name) : std::wstring();
 }
 
 bool IsBrowserAddon(const TSoftInfo& info) {

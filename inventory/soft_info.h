@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 #include "core/date_time.h"
 
@@ -51,6 +52,8 @@ SoftCategory CategoryOf(const TSoftInfo& info);
 void MergeSoftInfo(TSoftInfo& target, const TSoftInfo& source);
 void CopySoftInfo(TSoftInfo& target, const TSoftInfo& source);
 
+// A braced GUID of 38 characters, the form of a Windows Installer product code.
+bool IsProductCode(std::wstring_view text);
 // The Windows Installer product code: the uninstall key's own name when it is
 // a braced GUID (38 characters), else empty.
 std::wstring MsiProductCode(const TSoftInfo& info);

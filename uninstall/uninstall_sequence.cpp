@@ -81,7 +81,7 @@ void TUninstallSequence::Run(bool advanced) {
     view_.CloseWindow();
     return;
   }
-  SaveModeChoice(platform_, advanced);
+  if (options_.saveModeChoice) SaveModeChoice(platform_, advanced);
   if (advanced) {
     view_.SetStep(2);
     view_.EnableScan();

@@ -36,6 +36,8 @@ class TUninstallSequence {
     std::function<std::wstring(const TSoftInfo&)> commandFor;
     // How long the restore-point and backup workers pause before their work.
     unsigned workerDelayMs = 100;
+    // The console tool leaves the window's saved mode alone.
+    bool saveModeChoice = true;
   };
 
   TUninstallSequence(const Platform& platform, IUninstallView& view, TUninstallTexts texts,

@@ -71,6 +71,11 @@ constexpr DWORD kCancelledOperation = 13;
 }  // namespace
 
 std::unique_ptr<IJob> Win32Processes::StartInJob(std::wstring_view commandLine, int show) {
+  // Under Wine the first window program on a desktop starts the desktop's own
+  // process (explorer.exe) as its child: started from inside the job, it would
+  // stay in it for as long as this program lives. Asking for the desktop here
+  // makes it ours; on Windows the desktop is always there.
+  GetDesktopWindow();
   UniqueHandle job(CreateJobObjectW(nullptr, nullptr));
   if (!job) return nullptr;
   std::wstring command(commandLine);

@@ -1,10 +1,12 @@
-// Two chores of the end-to-end scripts that Wine's own tools do slowly or not at all:
+// Chores of the end-to-end scripts that Wine's own tools do slowly or not at all:
 //
 //   e2e_helper registry FILE      writes HKLM (64-bit view, so Wow6432Node is a plain
 //                                 subkey) and HKCU to FILE, one key or value a line
 //   e2e_helper wait-run EXE ARG.. runs EXE in a job object and returns its exit code once
 //                                 every process it started has ended (an NSIS uninstaller
 //                                 hands over to a copy of itself and exits at once)
+//   e2e_helper processes          prints every running process: id, parent id and
+//                                 executable name, tab-separated, one a line
 //
 // Lines of FILE, UTF-8, fields split by tabs; '%', tab, CR, LF and NUL inside a field are
 // written %25, %09, %0D, %0A and %00:
@@ -14,6 +16,7 @@
 //                                     DWORD and QWORD in decimal, anything else in hex
 // `reg export` takes seconds for HKLM under Wine; this takes a fraction of that.
 #include <windows.h>
+#include <tlhelp32.h>
 
 #include <cstdio>
 #include <cstring>
@@ -219,10 +222,28 @@ int WaitRun(std::wstring line) {
   return static_cast<int>(code);
 }
 
+int ListProcesses() {
+  Handle snapshot(CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0));
+  if (snapshot.get() == INVALID_HANDLE_VALUE) {
+    snapshot.release();
+    std::fprintf(stderr, "e2e_helper: no process snapshot (error %lu)\n", GetLastError());
+    return 1;
+  }
+  PROCESSENTRY32W entry{};
+  entry.dwSize = sizeof entry;
+  for (BOOL more = Process32FirstW(snapshot.get(), &entry); more;
+       more = Process32NextW(snapshot.get(), &entry)) {
+    std::printf("%lu\t%lu\t%s\n", entry.th32ProcessID, entry.th32ParentProcessID,
+                Field(entry.szExeFile).c_str());
+  }
+  return 0;
+}
+
 }  // namespace
 
 int wmain(int argc, wchar_t** argv) {
   if (argc == 3 && wcscmp(argv[1], L"registry") == 0) return DumpRegistry(argv[2]);
+  if (argc == 2 && wcscmp(argv[1], L"processes") == 0) return ListProcesses();
   if (argc >= 3 && wcscmp(argv[1], L"wait-run") == 0) {
     std::wstring line;
     for (int i = 2; i < argc; ++i) {
@@ -233,6 +254,6 @@ int wmain(int argc, wchar_t** argv) {
     }
     return WaitRun(line);
   }
-  std::fprintf(stderr, "usage: e2e_helper registry FILE | wait-run EXE [ARG...]\n");
+  std::fprintf(stderr, "usage: e2e_helper registry FILE | wait-run EXE [ARG...] | processes\n");
   return 2;
 }

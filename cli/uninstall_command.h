@@ -1,0 +1,78 @@
+#pragma once
+
+#include <functional>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "cli/cli_args.h"
+#include "inventory/soft_list.h"
+#include "platform/platform.h"
+#include "uninstall/uninstall_view.h"
+
+namespace varnel::cli {
+
+// Lines for the user while something runs (stderr on the console).
+using Progress = std::function<void(const std::string&)>;
+
+// The uninstalling window without a window: captions are kept for the
+// sequence to read back. Once started, each new one is passed to `progress`
+// (which may be empty) without its cycling dots, save the step names the
+// window shows at rest and the registry backup, which makes none.
+class ConsoleUninstallView final : public IUninstallView {
+ public:
+  explicit ConsoleUninstallView(Progress progress) : progress_(std::move(progress)) {}
+  // After the sequence has set its resting captions.
+  void Start();
+  void SetStep(int) override {}
+  std::wstring Caption(StepLine line) const override;
+  void SetCaption(StepLine line, std::wstring_view text) override;
+  void HideUninstallMarker() override {}
+  void EnableScan() override {}
+  void ProcessMessages() override {}
+  void ShowMessage(std::wstring_view text) override;
+  void CloseWindow() override {}
+
+ private:
+  void Show(std::wstring_view text);
+
+  Progress progress_;
+  bool started_ = false;
+  std::map<StepLine, std::wstring> captions_;
+  std::map<StepLine, std::wstring> resting_;
+  std::wstring lastShown_;
+};
+
+// What happened to one program named on the command line.
+struct UninstallOutcome {
+  int index = -1;
+  std::wstring name;
+  std::wstring command;  // as started
+  std::wstring skipped;  // why it was not run; empty when it was
+  bool started = false;
+  bool addonRemoved = false;
+  std::optional<std::uint32_t> exitCode;
+  bool stillListed = true;  // its Uninstall key (or add-on manifest) is still there
+};
+
+struct UninstallReport {
+  std::vector<UninstallOutcome> programs;
+  std::wstring logFile;
+};
+
+std::string FormatUninstallText(const UninstallReport& report);
+std::string FormatUninstallJson(const UninstallReport& report);
+// 0 every program gone, 1 one skipped or not started, 3 one still listed.
+int UninstallExitCode(const UninstallReport& report);
+
+// Runs the uninstallers of the records at `indexes`, in order, through the
+// uninstall sequence.
+UninstallReport UninstallPrograms(const Platform& platform, const TSoftList& list,
+                                  const std::vector<int>& indexes, const UninstallOptions& options,
+                                  const Progress& progress);
+
+int RunUninstall(const Platform& platform, const UninstallOptions& options, std::string& out,
+                 std::string& err, const Progress& progress);
+
+}  // namespace varnel::cli
