@@ -131,6 +131,23 @@ bool ShowsText(HWND window, const std::wstring& text) {
   return false;
 }
 
+std::vector<std::wstring> ListBoxLines(HWND box) {
+  std::vector<std::wstring> lines;
+  DWORD_PTR count = 0;
+  SendMessageTimeoutW(box, LB_GETCOUNT, 0, 0, SMTO_NORMAL, 10000, &count);
+  for (DWORD_PTR i = 0; i < count; ++i) {
+    wchar_t line[1024] = {};
+    DWORD_PTR length = 0;
+    SendMessageTimeoutW(box, LB_GETTEXTLEN, i, 0, SMTO_NORMAL, 10000, &length);
+    if (length >= 1024) return {};
+    // The system carries the text across the process boundary for list boxes.
+    SendMessageTimeoutW(box, LB_GETTEXT, i, reinterpret_cast<LPARAM>(line), SMTO_NORMAL, 10000,
+                        nullptr);
+    lines.emplace_back(line);
+  }
+  return lines;
+}
+
 // The sample installers gui_test.sh copied into the prefix.
 struct Sample {
   const wchar_t* installer;
@@ -257,15 +274,8 @@ class Gui : public testing::Test {
   // uninstallers' own windows clicked through until the completion notice,
   // which is answered too.
   UninstallerClicks RunUninstall() {
-    app.Command(Id::Uninstall, true);
-    HWND question = app.WaitForDialog();
-    EXPECT_NE(question, nullptr);
-    if (!question) return {};
-    PostMessageW(question, WM_COMMAND, IDYES, 0);
-    HWND uninstalling = app.FindOwnWindow(L"TUninstalling_Form");
-    EXPECT_TRUE(WaitUntil([&] { return uninstalling && IsWindowVisible(uninstalling); }));
-    EXPECT_EQ(GetWindow(uninstalling, GW_OWNER), app.Main());
-    EXPECT_FALSE(IsWindowEnabled(app.Main()));
+    HWND uninstalling = StartUninstall();
+    if (!uninstalling) return {};
     HWND finished = nullptr;
     const UninstallerClicks run = ClickThroughUninstallers(app.Pid(), [&] {
       finished = app.DialogOwnedBy(uninstalling);
@@ -280,6 +290,20 @@ class Gui : public testing::Test {
     EXPECT_TRUE(WaitUntil([&] { return IsWindowEnabled(app.Main()) != FALSE; }));
     Settle();
     return run;
+  }
+  // Uninstall on the selection answered Yes; the uninstallers' own windows
+  // clicked through until `done` holds.
+  HWND StartUninstall() {
+    app.Command(Id::Uninstall, true);
+    HWND question = app.WaitForDialog();
+    EXPECT_NE(question, nullptr);
+    if (!question) return nullptr;
+    PostMessageW(question, WM_COMMAND, IDYES, 0);
+    HWND uninstalling = app.FindOwnWindow(L"TUninstalling_Form");
+    EXPECT_TRUE(WaitUntil([&] { return uninstalling && IsWindowVisible(uninstalling); }));
+    EXPECT_EQ(GetWindow(uninstalling, GW_OWNER), app.Main());
+    EXPECT_FALSE(IsWindowEnabled(app.Main()));
+    return uninstalling;
   }
   void ExportTo(const std::wstring& file) {
     app.Command(Id::MenuExportList, true);
@@ -766,6 +790,52 @@ TEST_F(Gui, BatchUninstallRunsTheCheckedProgramsOneAfterAnotherInOneSequence) {
   ExpectBlock(added, at, a < b ? kSketchpad.name : kSyncTray.name);
   ExpectBlock(added, at, a < b ? kSyncTray.name : kSketchpad.name);
   EXPECT_EQ(at, added.size());
+}
+
+TEST_F(Gui, AdvancedModeOffersPowerfulScanAndListsTheSamplesLeftovers) {
+  // The saved choice preselects Advanced; the run saves it again.
+  const std::wstring choice = AppDataFolder() + L"\\Varnel\\Varnel Uninstaller\\Select.ini";
+  std::ofstream(text::ToUtf8(choice).c_str()) << "[Main]\r\nAdvanced=1\r\n";
+  ASSERT_TRUE(Install(kSketchpad));
+  app.Command(Id::MenuRefresh);
+  const int row = RowNamed(app, kSketchpad.name);
+  ASSERT_GE(row, 0);
+  app.SelectRow(row);
+  Settle();
+  HWND uninstalling = StartUninstall();
+  ASSERT_NE(uninstalling, nullptr);
+  namespace U = forms::UninstallingId;
+  HWND scan = GetDlgItem(uninstalling, U::Scan);
+  EXPECT_EQ(SendMessageW(GetDlgItem(uninstalling, U::Advanced), BM_GETCHECK, 0, 0), BST_CHECKED);
+  EXPECT_TRUE(IsWindowVisible(scan));
+  const UninstallerClicks run =
+      ClickThroughUninstallers(app.Pid(), [&] { return IsWindowEnabled(scan) != FALSE; });
+  EXPECT_EQ(run.clicks, 1);
+  EXPECT_EQ(run.openAtEnd, 0);
+  EXPECT_EQ(app.DialogOwnedBy(uninstalling), nullptr);  // no completion notice
+  EXPECT_FALSE(EntryExists(kSketchpad));
+
+  PostMessageW(uninstalling, WM_COMMAND, U::Scan, 0);
+  HWND results = nullptr;
+  ASSERT_TRUE(WaitUntil([&] {
+    results = app.FindOwnWindow(L"TPowerScan_Form");
+    return results && IsWindowVisible(results);
+  }));
+  EXPECT_TRUE(WaitUntil([&] { return !IsWindowVisible(uninstalling); }));
+  EXPECT_TRUE(WaitUntil([&] { return IsWindowEnabled(app.Main()) != FALSE; }));
+  // The uninstaller forgets the desktop shortcut and the settings key.
+  const auto lines = ListBoxLines(FindWindowExW(results, nullptr, L"ListBox", nullptr));
+  ASSERT_FALSE(lines.empty());
+  EXPECT_EQ(lines[0].rfind(L"Oakhollow Sketchpad(", 0), 0u) << text::ToUtf8(lines[0]);
+  auto has = [&](const std::wstring& part) {
+    return std::any_of(lines.begin(), lines.end(),
+                       [&](const std::wstring& l) { return l.find(part) != std::wstring::npos; });
+  };
+  EXPECT_TRUE(has(L"Oakhollow Sketchpad.lnk"));
+  EXPECT_TRUE(has(L"\\Software\\Oakhollow Studio"));
+  PostMessageW(results, WM_CLOSE, 0, 0);
+  EXPECT_TRUE(WaitUntil([&] { return !IsWindowVisible(results); }));
+  DeleteFileW(choice.c_str());
 }
 
 TEST_F(Gui, LogManagerListsTheLogFilesAndDeleteAllEmptiesIt) {
