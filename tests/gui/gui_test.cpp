@@ -253,6 +253,14 @@ UninstallerClicks ClickThroughUninstallers(DWORD program, const std::function<bo
   return result;
 }
 
+// The row whose caption is `name`, with or without "(x64)".
+int RowNamed(Program& app, const std::wstring& name) {
+  const auto captions = app.Captions();
+  for (std::size_t i = 0; i < captions.size(); ++i)
+    if (captions[i] == name || captions[i] == name + L"(x64)") return static_cast<int>(i);
+  return -1;
+}
+
 class Gui : public testing::Test {
  protected:
   void SetUp() override {
@@ -291,8 +299,18 @@ class Gui : public testing::Test {
     Settle();
     return run;
   }
-  // Uninstall on the selection answered Yes; the uninstallers' own windows
-  // clicked through until `done` holds.
+  // The sample installed, the list refreshed and its row selected.
+  bool InstallAndSelect(const Sample& sample) {
+    if (!Install(sample)) return false;
+    app.Command(Id::MenuRefresh);
+    const int row = RowNamed(app, sample.name);
+    if (row < 0) return false;
+    app.SelectRow(row);
+    Settle();
+    return true;
+  }
+  // Uninstall on the selection or the checked rows, answered Yes; returns
+  // the uninstalling window once it shows.
   HWND StartUninstall() {
     app.Command(Id::Uninstall, true);
     HWND question = app.WaitForDialog();
@@ -716,14 +734,6 @@ TEST_F(Gui, KeysTabWalksTheControlsDeleteAndEnterAskToUninstallTheSelectedRow) {
   EXPECT_TRUE(WaitUntil([&] { return app.Focus() == app.List(); }, std::chrono::seconds(5)));
 }
 
-// The row whose caption is `name`, with or without "(x64)".
-int RowNamed(Program& app, const std::wstring& name) {
-  const auto captions = app.Captions();
-  for (std::size_t i = 0; i < captions.size(); ++i)
-    if (captions[i] == name || captions[i] == name + L"(x64)") return static_cast<int>(i);
-  return -1;
-}
-
 // The lines a run appended to the day's log, after what `before` held.
 std::wstring Appended(const std::wstring& before) {
   const std::wstring after = ReadUtf8(TodaysLog());
@@ -745,12 +755,7 @@ void ExpectBlock(const std::wstring& log, std::size_t& at, const std::wstring& n
 }
 
 TEST_F(Gui, UninstallRunsTheRealUninstallerInStandardModeAndWritesTheDaysLog) {
-  ASSERT_TRUE(Install(kSketchpad));
-  app.Command(Id::MenuRefresh);
-  const int row = RowNamed(app, kSketchpad.name);
-  ASSERT_GE(row, 0);
-  app.SelectRow(row);
-  Settle();
+  ASSERT_TRUE(InstallAndSelect(kSketchpad));
   const std::wstring before = ReadUtf8(TodaysLog());
   const UninstallerClicks run = RunUninstall();
   EXPECT_EQ(run.clicks, 1);
@@ -796,12 +801,7 @@ TEST_F(Gui, AdvancedModeOffersPowerfulScanAndListsTheSamplesLeftovers) {
   // The saved choice preselects Advanced; the run saves it again.
   const std::wstring choice = AppDataFolder() + L"\\Varnel\\Varnel Uninstaller\\Select.ini";
   std::ofstream(text::ToUtf8(choice).c_str()) << "[Main]\r\nAdvanced=1\r\n";
-  ASSERT_TRUE(Install(kSketchpad));
-  app.Command(Id::MenuRefresh);
-  const int row = RowNamed(app, kSketchpad.name);
-  ASSERT_GE(row, 0);
-  app.SelectRow(row);
-  Settle();
+  ASSERT_TRUE(InstallAndSelect(kSketchpad));
   HWND uninstalling = StartUninstall();
   ASSERT_NE(uninstalling, nullptr);
   namespace U = forms::UninstallingId;
