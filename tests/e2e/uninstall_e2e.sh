@@ -1,0 +1,95 @@
+#!/usr/bin/env bash
+# End-to-end check of `varnel-cli uninstall` and `varnel-cli logs` with real uninstallers:
+#
+#   uninstall_e2e.sh CLI_EXE HELPER_EXE FIXTURE_DIR
+#
+# In a fresh sandboxed prefix: install the NSIS 64-bit, NSIS 32-bit and MSI samples, add a
+# per-user entry whose uninstaller ends and leaves it listed and one whose uninstaller has no
+# quiet form, then uninstall through the tool. Right after each uninstall returns, the
+# script records whether the program's files are still there and which processes run
+# (HELPER_EXE is e2e_helper.exe), so uninstall_check.py can tell that the tool waited for
+# the uninstaller and everything it started. VARNEL_E2E_KEEP=1 keeps the prefix.
+set -uo pipefail
+
+[ $# -eq 3 ] || { echo "usage: $0 CLI_EXE HELPER_EXE FIXTURE_DIR" >&2; exit 2; }
+cli=$1
+helper=$2
+fixtures=$3
+label=uninstall_e2e
+timeout_s=${VARNEL_E2E_TIMEOUT:-120}
+. "$(dirname "${BASH_SOURCE[0]}")/e2e_common.sh"
+
+[ -f "$cli" ] || die "$cli not found"
+[ -f "$helper" ] || die "$helper not found"
+bash "$e2e_tools/build-fixtures.sh" "$fixtures" >/dev/null || die "the samples could not be built"
+
+e2e_make_prefix
+e2e_start_display
+cp -f "$fixtures/samples.tsv" "$work/"
+samples=(notes sync ledger)
+bash "$e2e_tools/install-fixtures.sh" "$dir" "$fixtures" "${samples[@]}" >"$work/install.log" 2>&1 ||
+  { cat "$work/install.log"; die "the samples did not install"; }
+cp -f "$cli" "$drive_c/varnel-cli.exe"
+cp -f "$helper" "$drive_c/varnel-e2e-helper.exe"
+
+# Stubborn Tool's uninstaller ends with code 5 and leaves its entry; Plain Tool's is a plain
+# program (a copy of cmd.exe) that no quiet form is known for.
+uninstall='HKCU\Software\Microsoft\Windows\CurrentVersion\Uninstall'
+mkdir -p "$drive_c/tools"
+cp -f "$drive_c/windows/system32/cmd.exe" "$drive_c/tools/uninstall.exe" || die "no cmd.exe to copy"
+add_entry() {
+  in_prefix reg add "$uninstall\\$1" /v DisplayName /d "$2" /f >/dev/null &&
+    in_prefix reg add "$uninstall\\$1" /v UninstallString /d "$3" /f >/dev/null ||
+    die "could not add $2"
+}
+add_entry StubbornTool 'Stubborn Tool' 'C:\windows\system32\cmd.exe /c exit 5'
+add_entry PlainTool 'Plain Tool' 'C:\tools\uninstall.exe'
+
+# The install folder of each sample, as the list reports it, relative to C:\.
+run_cli list list --json
+python3 - "$work/list.out" "$work/samples.tsv" "${samples[@]}" >"$work/folders.tsv" <<'EOF' ||
+import json, sys
+records = json.load(open(sys.argv[1], encoding="utf-8"))
+for line in open(sys.argv[2], encoding="utf-8"):
+    cols = line.rstrip("\n").split("\t")
+    if len(cols) < 8 or cols[0] not in sys.argv[3:]:
+        continue
+    for r in records:
+        if r["name"] == cols[7] and r["installLocation"]:
+            print(cols[0] + "\t" + r["installLocation"][3:].replace("\\", "/"))
+            break
+EOF
+  die "no list"
+
+processes() { in_prefix 'C:\varnel-e2e-helper.exe' processes | tr -d '\r' >"$work/$1.processes"; }
+# What is left of the samples' folders, taken from the host at once, then the processes.
+aftermath() {
+  local run=$1 id folder
+  : >"$work/$run.files"
+  while IFS=$'\t' read -r id folder; do
+    if [ -d "$drive_c/$folder" ]; then
+      (cd "$drive_c/$folder" && find . -type f | sed "s|^\\.|$id\\t|") >>"$work/$run.files"
+    fi
+  done <"$work/folders.tsv"
+  processes "$run"
+}
+
+name_of() { awk -F'\t' -v id="$1" '$1 == id { print $8 }' "$fixtures/samples.tsv"; }
+
+processes before
+run_cli notes uninstall "$(name_of notes)" --quiet --json
+aftermath notes
+run_cli pair uninstall "$(name_of sync)" "$(name_of ledger)" --quiet --json
+aftermath pair
+run_cli stubborn uninstall 'Stubborn Tool' --json
+run_cli plain uninstall 'Plain Tool' --quiet --json
+run_cli unknown uninstall 'Stubborn Tool' 'No Such Program' --json
+run_cli badopt uninstall 'Stubborn Tool' --no-such-option
+run_cli text uninstall 'Stubborn Tool'
+run_cli logs logs --json
+log_name=$(python3 -c 'import json,sys; print(json.load(open(sys.argv[1]))[0]["name"])' \
+  "$work/logs.out" 2>/dev/null)
+run_cli show logs --show "${log_name:-none}"
+run_cli after list --json
+
+python3 "$e2e_here/uninstall_check.py" "$work" "$drive_c"
