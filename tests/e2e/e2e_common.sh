@@ -13,6 +13,19 @@ die() {
   exit 1
 }
 
+# e2e_prepare FIXTURE_DIR EXE...: the Windows programs must exist; brings the samples up
+# to date, makes the prefix (below) and starts the display.
+e2e_prepare() {
+  local fixtures=$1 exe
+  shift
+  for exe in "$@"; do
+    [ -f "$exe" ] || die "$exe not found"
+  done
+  bash "$e2e_tools/build-fixtures.sh" "$fixtures" >/dev/null || die "the samples could not be built"
+  e2e_make_prefix
+  e2e_start_display
+}
+
 # Makes a fresh sandboxed prefix: sets dir, drive_c and work (the record folder)
 # and arranges for both to go when the script ends, unless VARNEL_E2E_KEEP=1.
 e2e_make_prefix() {

@@ -21,12 +21,7 @@ label=scan_e2e
 timeout_s=${VARNEL_E2E_TIMEOUT:-120}
 . "$(dirname "${BASH_SOURCE[0]}")/e2e_common.sh"
 
-[ -f "$cli" ] || die "$cli not found"
-[ -f "$helper" ] || die "$helper not found"
-bash "$e2e_tools/build-fixtures.sh" "$fixtures" >/dev/null || die "the samples could not be built"
-
-e2e_make_prefix
-e2e_start_display
+e2e_prepare "$fixtures" "$cli" "$helper"
 mkdir -p "$work/snap" "$drive_c/varnel-e2e"
 cp -f "$fixtures/samples.tsv" "$work/"
 # In place before the first snapshot, so they are part of no footprint.

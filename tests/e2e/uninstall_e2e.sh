@@ -19,12 +19,7 @@ label=uninstall_e2e
 timeout_s=${VARNEL_E2E_TIMEOUT:-120}
 . "$(dirname "${BASH_SOURCE[0]}")/e2e_common.sh"
 
-[ -f "$cli" ] || die "$cli not found"
-[ -f "$helper" ] || die "$helper not found"
-bash "$e2e_tools/build-fixtures.sh" "$fixtures" >/dev/null || die "the samples could not be built"
-
-e2e_make_prefix
-e2e_start_display
+e2e_prepare "$fixtures" "$cli" "$helper"
 cp -f "$fixtures/samples.tsv" "$work/"
 samples=(notes sync ledger)
 bash "$e2e_tools/install-fixtures.sh" "$dir" "$fixtures" "${samples[@]}" >"$work/install.log" 2>&1 ||
