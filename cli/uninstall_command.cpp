@@ -95,7 +95,7 @@ UninstallReport UninstallPrograms(const Platform& platform, const TSoftList& lis
     sequence.SetJobs(&jobs, JobMode::Uninstall);
     sequence.Prepare();
     view.Start();
-    sequence.Run(false);
+    sequence.Run();
     for (const TUninstallRun& run : sequence.Runs()) {
       for (UninstallOutcome& outcome : report.programs) {
         if (outcome.index != run.index) continue;

@@ -32,6 +32,7 @@ class ConsoleUninstallView final : public IUninstallView {
   void EnableScan() override {}
   void ProcessMessages() override {}
   void ShowMessage(std::wstring_view text) override;
+  bool AdvancedChosen() const override { return false; }
   void CloseWindow() override {}
 
  private:

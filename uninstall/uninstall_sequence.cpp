@@ -70,7 +70,7 @@ void TUninstallSequence::Cancel() {
   if (TScanDriver* driver = scanning_.load()) driver->Stop();
 }
 
-void TUninstallSequence::Run(bool advanced) {
+void TUninstallSequence::Run() {
   runs_.clear();
   logFile_.clear();
   view_.SetStep(0);
@@ -81,6 +81,7 @@ void TUninstallSequence::Run(bool advanced) {
     view_.CloseWindow();
     return;
   }
+  const bool advanced = view_.AdvancedChosen();
   if (options_.saveModeChoice) SaveModeChoice(platform_, advanced);
   if (advanced) {
     view_.SetStep(2);

@@ -58,8 +58,8 @@ class TUninstallSequence {
   // The window is about to show: clears the cancel flag, hides the markers
   // and sets the three step captions.
   void Prepare();
-  // The whole sequence, once; `advanced` is the mode chosen in the window.
-  void Run(bool advanced);
+  // The whole sequence, once; it ends as the mode chosen at its end says.
+  void Run();
   // Cancel or the close box while the sequence runs: stops the wait and a
   // running scan. The window closes itself once the scan button is enabled.
   void Cancel();

@@ -26,6 +26,8 @@ class IUninstallView {
   virtual void ProcessMessages() = 0;
   // Standard mode's completion notice (an OK box owned by the window).
   virtual void ShowMessage(std::wstring_view text) = 0;
+  // The mode chosen now; the user may switch while an uninstaller runs.
+  virtual bool AdvancedChosen() const = 0;
   virtual void CloseWindow() = 0;
 };
 

@@ -30,7 +30,7 @@ std::string Program(std::string_view overlay, std::string_view inImage = {}) {
   Put32(bytes, 0x94, 0xF0);                // optional header size
   Put32(bytes, 0x188 + 16, 0x200);         // raw size
   Put32(bytes, 0x188 + 20, 0x400);         // raw pointer
-  bytes.replace(0x400, inImage.size(), inImage);
+  if (!inImage.empty()) bytes.replace(0x400, inImage.size(), inImage);
   return bytes + std::string(overlay);
 }
 

@@ -70,10 +70,12 @@ class RecordingView : public IUninstallView {
     events.push_back(L"message " + std::wstring(text));
   }
   void CloseWindow() override { events.push_back(L"close"); }
+  bool AdvancedChosen() const override { return advanced; }
 
   std::vector<std::wstring> events;
   std::map<StepLine, std::wstring> captions, recorded;
   int frames = 0;
+  bool advanced = false;
   std::function<void()> onMessages;
 };
 
@@ -129,7 +131,7 @@ class UninstallSequenceTest : public testing::Test {
 };
 
 TEST_F(UninstallSequenceTest, StandardRunWalksTheStepsAndClosesWithTheNotice) {
-  Sequence({L"0"}, JobMode::Uninstall).Run(false);
+  Sequence({L"0"}, JobMode::Uninstall).Run();
   EXPECT_EQ(view.events, (std::vector<std::wstring>{
                              L"step -1",
                              L"caption 0 Creating System Restore Point",
@@ -152,8 +154,10 @@ TEST_F(UninstallSequenceTest, StandardRunWalksTheStepsAndClosesWithTheNotice) {
   EXPECT_FALSE(LoadModeChoice(m.Get()));
 }
 
-TEST_F(UninstallSequenceTest, AdvancedRunOffersTheScanInsteadOfTheNotice) {
-  Sequence({L"0"}, JobMode::Uninstall, false).Run(true);
+TEST_F(UninstallSequenceTest, AdvancedChosenWhileTheUninstallerRunsOffersTheScanInstead) {
+  m.processes.AddScript(L"C:\\Alpha\\unins.exe", Polled({{L"unins.exe"}, {}}));
+  view.onMessages = [this] { view.advanced = true; };
+  Sequence({L"0"}, JobMode::Uninstall, false).Run();
   const std::vector<std::wstring> tail(view.events.end() - 4, view.events.end());
   EXPECT_EQ(tail, (std::vector<std::wstring>{L"caption 2 Uninstall Finished.", L"hide marker",
                                              L"step 2", L"enable scan"}));
@@ -163,7 +167,7 @@ TEST_F(UninstallSequenceTest, AdvancedRunOffersTheScanInsteadOfTheNotice) {
 
 TEST_F(UninstallSequenceTest, CancelDuringTheRestorePointSkipsEverythingElse) {
   view.onMessages = [this] { sequence->Cancel(); };
-  Sequence({L"0"}, JobMode::Uninstall).Run(false);
+  Sequence({L"0"}, JobMode::Uninstall).Run();
   EXPECT_EQ(view.events.back(), L"close");
   EXPECT_EQ(std::count(view.events.begin(), view.events.end(), L"step 1"), 0);
   EXPECT_TRUE(m.processes.events.empty());
@@ -174,7 +178,7 @@ TEST_F(UninstallSequenceTest, CancelDuringTheRestorePointSkipsEverythingElse) {
 TEST_F(UninstallSequenceTest, ProgramsRunOneAfterAnotherAndLogInJobOrder) {
   m.processes.AddScript(L"C:\\Alpha\\unins.exe", Polled({{L"unins.exe"}, {L"Au_.exe"}, {}}));
   m.processes.AddScript(L"C:\\Beta\\unins.exe", Polled({{L"unins.exe"}, {}}));
-  Sequence({L"0", L"not a number", L"1"}, JobMode::Uninstall, false).Run(false);
+  Sequence({L"0", L"not a number", L"1"}, JobMode::Uninstall, false).Run();
   std::vector<std::wstring> order;
   for (const auto& e : m.processes.events)
     if (!e.starts_with(L"query") || order.empty() || order.back() != e) order.push_back(e);
@@ -199,7 +203,7 @@ TEST_F(UninstallSequenceTest, CancelWhileAProgramRunsEndsItsWaitAndStartsNoOther
   view.onMessages = [this] {
     if (!m.processes.events.empty()) sequence->Cancel();
   };
-  Sequence({L"0", L"1"}, JobMode::Uninstall, false).Run(false);
+  Sequence({L"0", L"1"}, JobMode::Uninstall, false).Run();
   EXPECT_EQ(Processes(L"start"), std::vector<std::wstring>{L"start C:\\Alpha\\unins.exe"});
   ASSERT_EQ(sequence->Runs().size(), 1u);
   EXPECT_TRUE(sequence->Runs()[0].waitAbandoned);
@@ -227,7 +231,7 @@ TEST_F(UninstallSequenceTest, ForcedModeDeletesTheFileOrQueuesItAndLogsItsName) 
     std::vector<std::wstring> jobs{file};
     s.SetJobs(&jobs, JobMode::Forced);
     s.Prepare();
-    s.Run(false);
+    s.Run();
     EXPECT_EQ(fresh.files.FileExists(file), c.existsAfter);
     EXPECT_EQ(fresh.files.PendingRenames().size(), c.queued);
     std::wstring text;
@@ -241,7 +245,7 @@ TEST_F(UninstallSequenceTest, ForcedModeDeletesTheFileOrQueuesItAndLogsItsName) 
 }
 
 TEST_F(UninstallSequenceTest, OtherModesRunNothingButBeginTheDaysLog) {
-  Sequence({L"0"}, JobMode::Forced + 1, false).Run(false);
+  Sequence({L"0"}, JobMode::Forced + 1, false).Run();
   EXPECT_TRUE(m.processes.events.empty());
   EXPECT_EQ(LogBody(), std::vector<std::wstring>{});
   EXPECT_EQ(view.events.back(), L"close");
@@ -256,7 +260,7 @@ TEST_F(UninstallSequenceTest, QuietCommandReplacesTheRecordsOwnWithMacrosExpande
   sequence->SetSoftware(&list);
   std::vector<std::wstring> jobs{L"0", L"1"};
   sequence->SetJobs(&jobs, JobMode::Uninstall);
-  sequence->Run(false);
+  sequence->Run();
   EXPECT_EQ(Processes(L"start"),
             (std::vector<std::wstring>{L"start C:\\Alpha\\unins.exe",
                                        L"start C:\\Windows\\system32\\msiexec.exe /x {1} /qn"}));

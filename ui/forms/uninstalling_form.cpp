@@ -227,7 +227,7 @@ void TUninstalling_Form::OnTimer(UINT_PTR id) {
     bool& busy;
     ~Idle() { busy = false; }
   } idle{busy_};
-  sequence_->Run(advanced_);
+  sequence_->Run();
 }
 
 // Cancel, Escape and the close box alike: while the sequence or the scan

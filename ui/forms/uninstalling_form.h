@@ -43,6 +43,7 @@ class TUninstalling_Form : public Form, public IUninstallView {
   void EnableScan() override;
   void ProcessMessages() override;
   void ShowMessage(std::wstring_view text) override;
+  bool AdvancedChosen() const override { return advanced_; }
   void CloseWindow() override;
 
  protected:
