@@ -114,10 +114,10 @@ std::wstring Win32Processes::ImageName(std::uint32_t processId) {
 
 bool Win32RestorePoints::BeginRestorePoint(std::wstring_view description) {
   using SetRestorePoint = BOOL(WINAPI*)(RestorePointInfo*, RestoreManagerStatus*);
+  // The restore service is reached through COM on the calling (worker) thread.
+  ComScope com;
   UniqueModule library(LoadLibraryW(L"SrClient.dll"));
-  if (!library) return false;
-  auto set = reinterpret_cast<SetRestorePoint>(
-      reinterpret_cast<void*>(GetProcAddress(library.get(), "SRSetRestorePointW")));
+  auto set = GetProc<SetRestorePoint>(library.get(), "SRSetRestorePointW");
   if (!set) return false;
   RestorePointInfo point{};
   point.eventType = kBeginSystemChange;
