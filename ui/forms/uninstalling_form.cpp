@@ -1,5 +1,6 @@
 #include "ui/forms/uninstalling_form.h"
 
+#include <algorithm>
 #include <unordered_map>
 
 #include "controls/dpi.h"
@@ -43,6 +44,20 @@ class TextTree : public IResultsTree {
   std::unordered_map<TreeNodeId, int> depth_;
 };
 
+// Width of a control's text in its own font.
+int TextWidth(HWND control) {
+  const std::wstring text = controls::Window(control).Text();
+  SIZE size{};
+  if (HDC dc = GetDC(control)) {
+    HGDIOBJ old =
+        SelectObject(dc, reinterpret_cast<HFONT>(SendMessageW(control, WM_GETFONT, 0, 0)));
+    if (!GetTextExtentPoint32W(dc, text.c_str(), static_cast<int>(text.size()), &size)) size.cx = 0;
+    SelectObject(dc, old);
+    ReleaseDC(control, dc);
+  }
+  return size.cx;
+}
+
 }  // namespace
 
 TUninstalling_Form::TUninstalling_Form(TApplication& app, HWND owner) : Form(app) {
@@ -59,7 +74,8 @@ TUninstalling_Form::~TUninstalling_Form() = default;
 
 void TUninstalling_Form::CreateControls() {
   using controls::CreateChild;
-  modeLabel_.Attach(CreateChild(hwnd_, L"STATIC", L"Uninstall Mode:", SS_LEFT, Id::ModeLabel));
+  modeLabel_.Attach(CreateChild(hwnd_, L"STATIC", L"Uninstall Mode:",
+                                SS_LEFT | SS_CENTERIMAGE | SS_NOPREFIX, Id::ModeLabel));
   standardChoice_.Attach(CreateChild(hwnd_, L"BUTTON", L"Standard",
                                      BS_AUTORADIOBUTTON | WS_TABSTOP | WS_GROUP, Id::Standard));
   advancedChoice_.Attach(
@@ -69,7 +85,8 @@ void TUninstalling_Form::CreateControls() {
   auto label = [&](int id, const wchar_t* text, DWORD style) {
     return controls::Label(CreateChild(hwnd_, L"STATIC", text, SS_NOPREFIX | style, id));
   };
-  const DWORD line = SS_LEFTNOWORDWRAP | SS_ENDELLIPSIS;
+  // Centred in their line, so that they stand level with their markers.
+  const DWORD line = SS_LEFTNOWORDWRAP | SS_ENDELLIPSIS | SS_CENTERIMAGE;
   restorePoint_ = label(Id::RestorePointCaption, L"", line);
   regBackup_ = label(Id::RegBackupCaption, L"", line);
   restoreInfo_ = label(Id::RestorePointInfo,
@@ -137,23 +154,33 @@ void TUninstalling_Form::Layout() {
   RECT r;
   GetClientRect(hwnd_, &r);
   const int left = s(16), text = s(48), width = r.right - text - s(16);
-  modeLabel_.Move(left, s(16), s(120), s(20));
-  standardChoice_.Move(left + s(124), s(14), s(130), s(24));
-  advancedChoice_.Move(left + s(260), s(14), s(130), s(24));
-  const int marker = s(20);
+  // The mode row follows its texts, which a language file may make longer;
+  // a radio button is its box, a gap and its text.
+  const int box = GetSystemMetricsForDpi(SM_CXMENUCHECK, dpi) + s(6);
+  const int labelWidth = TextWidth(modeLabel_.Handle()) + s(4);
+  const int standardWidth = box + TextWidth(standardChoice_.Handle()) + s(4);
+  const int advancedWidth = box + TextWidth(advancedChoice_.Handle()) + s(4);
+  const int standardLeft = left + std::max(s(124), labelWidth + s(8));
+  const int advancedLeft = standardLeft + std::max(s(136), standardWidth + s(16));
+  modeLabel_.Move(left, s(14), standardLeft - left - s(4), s(24));
+  standardChoice_.Move(standardLeft, s(14), standardWidth, s(24));
+  advancedChoice_.Move(advancedLeft, s(14), advancedWidth, s(24));
+  // Each step: its marker level with its caption line, the description
+  // below the caption lines.
+  const int marker = s(20), line = s(22), below = s(25);
   int y = s(58);
   controls::Window(markers_[0]).Move(left, y, marker, marker);
   restorePoint_.Move(text, y, width, s(20));
-  regBackup_.Move(text, y + s(22), width, s(20));
-  restoreInfo_.Move(text, y + s(44), width, s(36));
+  regBackup_.Move(text, y + line, width, s(20));
+  restoreInfo_.Move(text, y + line + below, width, s(36));
   y += s(92);
   controls::Window(markers_[1]).Move(left, y, marker, marker);
   uninstalling_.Move(text, y, width, s(20));
-  uninstallInfo_.Move(text, y + s(22), width, s(36));
-  y += s(70);
+  uninstallInfo_.Move(text, y + below, width, s(36));
+  y += s(60);
   controls::Window(markers_[2]).Move(left, y, marker, marker);
   powerScan_.Move(text, y, width, s(20));
-  powerScanInfo_.Move(text, y + s(22), width, s(36));
+  powerScanInfo_.Move(text, y + below, width, s(36));
   const int buttonTop = r.bottom - s(44);
   cancel_.Move(r.right - s(16) - s(100), buttonTop, s(100), s(28));
   scan_.Move(r.right - s(16) - s(100) - s(8) - s(130), buttonTop, s(130), s(28));
