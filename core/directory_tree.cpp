@@ -56,4 +56,19 @@ bool DeleteDirectoryTree(IFileSystem& files, std::wstring_view folder) {
   return true;
 }
 
+bool MakeDirectoryTree(IFileSystem& files, const std::wstring& folder) {
+  if (folder.empty()) return false;
+  // A share's root ("\\server\share") is there or not; it cannot be made.
+  std::size_t pos = folder.find(L'\\', folder.starts_with(L"\\\\") ? 2 : 0);
+  if (folder.starts_with(L"\\\\") && pos != std::wstring::npos) pos = folder.find(L'\\', pos + 1);
+  for (; pos != std::wstring::npos; pos = folder.find(L'\\', pos + 1)) {
+    const std::wstring part = folder.substr(0, pos);
+    if (!part.empty() && part.back() != L':' && !files.DirectoryExists(part)) {
+      files.MakeDirectory(part);
+    }
+  }
+  if (!files.DirectoryExists(folder)) files.MakeDirectory(folder);
+  return files.DirectoryExists(folder);
+}
+
 }  // namespace varnel

@@ -3,32 +3,13 @@
 #include "core/app_frame.h"
 #include "core/data_folder.h"
 #include "core/date_time.h"
+#include "core/directory_tree.h"
 #include "core/file_version.h"
 #include "core/os_name.h"
 #include "core/text.h"
 #include "core/text_file.h"
 
 namespace varnel {
-
-namespace {
-
-// Makes every missing folder of `folder` (no trailing "\"), outermost first.
-bool MakeFolderPath(IFileSystem& files, const std::wstring& folder) {
-  if (folder.empty()) return false;
-  // A share's root ("\\server\share") is there or not; it cannot be made.
-  std::size_t pos = folder.find(L'\\', folder.starts_with(L"\\\\") ? 2 : 0);
-  if (folder.starts_with(L"\\\\") && pos != std::wstring::npos) pos = folder.find(L'\\', pos + 1);
-  for (; pos != std::wstring::npos; pos = folder.find(L'\\', pos + 1)) {
-    const std::wstring part = folder.substr(0, pos);
-    if (!part.empty() && part.back() != L':' && !files.DirectoryExists(part)) {
-      files.MakeDirectory(part);
-    }
-  }
-  if (!files.DirectoryExists(folder)) files.MakeDirectory(folder);
-  return files.DirectoryExists(folder);
-}
-
-}  // namespace
 
 std::wstring UninstallLogFolder(const Platform& platform) {
   const std::wstring data = UserDataFolder(TAppFrame(platform), false);
@@ -42,7 +23,7 @@ std::wstring UninstallLogFileName(const Platform& platform) {
 std::wstring WriteUninstallLog(const Platform& platform, const std::vector<std::wstring>& lines) {
   const std::wstring folder = UninstallLogFolder(platform);
   if (folder.empty()) return {};
-  if (!MakeFolderPath(platform.files, text::ExcludeTrailingBackslash(folder))) return {};
+  if (!MakeDirectoryTree(platform.files, text::ExcludeTrailingBackslash(folder))) return {};
   const std::wstring path = folder + UninstallLogFileName(platform);
 
   const std::wstring rule(36, L'=');
