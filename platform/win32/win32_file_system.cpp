@@ -54,10 +54,17 @@ std::wstring PathQuery(std::wstring_view path, Call call) {
   return {};
 }
 
-bool ReadAll(HANDLE file, std::vector<std::uint8_t>& data) {
-  LARGE_INTEGER size{};
-  if (!GetFileSizeEx(file, &size) || size.QuadPart < 0) return false;
-  data.resize(static_cast<std::size_t>(size.QuadPart));
+// Shared with writers and deleters, as a reader should be.
+UniqueFile OpenForReading(std::wstring_view path, DWORD flags) {
+  auto apiPath = ApiPath(path);
+  if (!apiPath || apiPath->empty()) return UniqueFile();
+  return UniqueFile(CreateFileW(apiPath->c_str(), GENERIC_READ,
+                                FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                                OPEN_EXISTING, flags, nullptr));
+}
+
+// Fills `data` from the file's current position, ending early at its end.
+bool Fill(HANDLE file, std::vector<std::uint8_t>& data) {
   std::size_t filled = 0;
   while (filled < data.size()) {
     DWORD want = static_cast<DWORD>(std::min(data.size() - filled, kIoChunk));
@@ -67,6 +74,20 @@ bool ReadAll(HANDLE file, std::vector<std::uint8_t>& data) {
     filled += got;
   }
   data.resize(filled);
+  return true;
+}
+
+std::optional<std::uint64_t> FileSize(HANDLE file) {
+  LARGE_INTEGER size{};
+  if (!GetFileSizeEx(file, &size) || size.QuadPart < 0) return std::nullopt;
+  return static_cast<std::uint64_t>(size.QuadPart);
+}
+
+bool ReadAll(HANDLE file, std::vector<std::uint8_t>& data) {
+  const auto size = FileSize(file);
+  if (!size) return false;
+  data.resize(static_cast<std::size_t>(*size));
+  if (!Fill(file, data)) return false;
   // Someone may have appended since the size was taken.
   std::uint8_t tail[4096];
   for (;;) {
@@ -123,11 +144,7 @@ bool Win32FileSystem::FindEntries(std::wstring_view pattern, std::vector<FindEnt
 
 bool Win32FileSystem::ReadWholeFile(std::wstring_view path, std::vector<std::uint8_t>& out) {
   out.clear();
-  auto apiPath = ApiPath(path);
-  if (!apiPath || apiPath->empty()) return false;
-  UniqueFile file(CreateFileW(apiPath->c_str(), GENERIC_READ,
-                              FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
-                              OPEN_EXISTING, FILE_FLAG_SEQUENTIAL_SCAN, nullptr));
+  UniqueFile file = OpenForReading(path, FILE_FLAG_SEQUENTIAL_SCAN);
   if (!file) return false;
   try {
     if (ReadAll(file.get(), out)) return true;
@@ -140,37 +157,22 @@ bool Win32FileSystem::ReadWholeFile(std::wstring_view path, std::vector<std::uin
 bool Win32FileSystem::ReadFilePart(std::wstring_view path, std::uint64_t offset,
                                    std::size_t maxBytes, std::vector<std::uint8_t>& out) {
   out.clear();
-  auto apiPath = ApiPath(path);
-  if (!apiPath || apiPath->empty()) return false;
-  UniqueFile file(CreateFileW(apiPath->c_str(), GENERIC_READ,
-                              FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
-                              OPEN_EXISTING, 0, nullptr));
+  UniqueFile file = OpenForReading(path, 0);
   if (!file) return false;
-  LARGE_INTEGER size{};
-  if (!GetFileSizeEx(file.get(), &size) || size.QuadPart < 0) return false;
-  const auto total = static_cast<std::uint64_t>(size.QuadPart);
-  if (offset >= total) return true;
+  const auto total = FileSize(file.get());
+  if (!total) return false;
+  if (offset >= *total) return true;
   LARGE_INTEGER to{};
   to.QuadPart = static_cast<LONGLONG>(offset);
   if (!SetFilePointerEx(file.get(), to, nullptr, FILE_BEGIN)) return false;
   try {
-    out.resize(static_cast<std::size_t>(std::min<std::uint64_t>(maxBytes, total - offset)));
+    out.resize(static_cast<std::size_t>(std::min<std::uint64_t>(maxBytes, *total - offset)));
   } catch (const std::exception&) {
     return false;
   }
-  std::size_t filled = 0;
-  while (filled < out.size()) {
-    DWORD want = static_cast<DWORD>(std::min(out.size() - filled, kIoChunk));
-    DWORD got = 0;
-    if (!ReadFile(file.get(), out.data() + filled, want, &got, nullptr)) {
-      out.clear();
-      return false;
-    }
-    if (got == 0) break;
-    filled += got;
-  }
-  out.resize(filled);
-  return true;
+  if (Fill(file.get(), out)) return true;
+  out.clear();
+  return false;
 }
 
 bool Win32FileSystem::WriteWholeFile(std::wstring_view path, std::span<const std::uint8_t> bytes) {
