@@ -58,6 +58,19 @@ int TextWidth(HWND control) {
   return size.cx;
 }
 
+// While it lives, Cancel stops the sequence or the scan; whatever ends
+// them, Cancel closes the window afterwards.
+class BusyScope {
+ public:
+  explicit BusyScope(bool& busy) : busy_(busy) { busy_ = true; }
+  ~BusyScope() { busy_ = false; }
+  BusyScope(const BusyScope&) = delete;
+  BusyScope& operator=(const BusyScope&) = delete;
+
+ private:
+  bool& busy_;
+};
+
 }  // namespace
 
 TUninstalling_Form::TUninstalling_Form(TApplication& app, HWND owner) : Form(app) {
@@ -248,12 +261,7 @@ void TUninstalling_Form::OnTimer(UINT_PTR id) {
   }
   if (id != kStartTimer) return;
   KillTimer(hwnd_, kStartTimer);
-  busy_ = true;
-  // Whatever ends the run, Cancel must close the window afterwards.
-  struct Idle {
-    bool& busy;
-    ~Idle() { busy = false; }
-  } idle{busy_};
+  BusyScope busy(busy_);
   sequence_->Run();
 }
 
@@ -277,13 +285,9 @@ void TUninstalling_Form::ScanClick() {
   scan_.Enable(false);
   cancel_.Focus();
   lastFocus_ = cancel_.Handle();
-  busy_ = true;
   TextTree tree;
   {
-    struct Idle {
-      bool& busy;
-      ~Idle() { busy = false; }
-    } idle{busy_};
+    BusyScope busy(busy_);
     TScanDriver driver(app_.Machine(), [this] { ProcessMessages(); });
     sequence_->Scan(driver, nullptr, tree, nullptr);
   }
