@@ -74,11 +74,31 @@ class BaseWindow {
                            GetModuleHandleW(nullptr), this);
   }
 
+  // WM_ACTIVATE: the default handling gives the keys to the frame when the
+  // window comes back, so the control that had them is remembered when it is
+  // left and given them again (else, with `orFirstControl`, the first tab
+  // stop). True when a control got the keys.
+  bool KeepFocus(WPARAM wParam, bool orFirstControl) {
+    if (LOWORD(wParam) == WA_INACTIVE) {
+      if (HWND focus = GetFocus(); focus && IsChild(hwnd_, focus)) lastFocus_ = focus;
+      return false;
+    }
+    HWND target = lastFocus_;
+    if (!target || !IsChild(hwnd_, target) || !IsWindowVisible(target) ||
+        !IsWindowEnabled(target))
+      target = orFirstControl ? GetNextDlgTabItem(hwnd_, nullptr, FALSE) : nullptr;
+    if (!target || IsIconic(hwnd_)) return false;
+    SetFocus(target);
+    return true;
+  }
+
   LRESULT Default(UINT message, WPARAM wParam, LPARAM lParam) {
     return DefWindowProcW(hwnd_, message, wParam, lParam);
   }
 
   HWND hwnd_ = nullptr;
+  // The control that gets the keys when the window is activated again.
+  HWND lastFocus_ = nullptr;
 
  private:
   LRESULT Route(UINT message, WPARAM wParam, LPARAM lParam) {

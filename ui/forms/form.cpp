@@ -62,21 +62,9 @@ LRESULT Form::HandleMessage(UINT message, WPARAM wParam, LPARAM lParam) {
       // The windows live until the program ends; closing only hides them.
       OnClose();
       return 0;
-    case WM_ACTIVATE: {
-      if (LOWORD(wParam) == WA_INACTIVE) {
-        if (HWND focus = GetFocus(); focus && IsChild(hwnd_, focus)) lastFocus_ = focus;
-        break;
-      }
-      HWND target = lastFocus_;
-      if (!target || !IsChild(hwnd_, target) || !IsWindowVisible(target) ||
-          !IsWindowEnabled(target))
-        target = GetNextDlgTabItem(hwnd_, nullptr, FALSE);
-      if (target && !IsIconic(hwnd_)) {
-        SetFocus(target);
-        return 0;
-      }
+    case WM_ACTIVATE:
+      if (KeepFocus(wParam, true)) return 0;
       break;
-    }
     default:
       break;
   }

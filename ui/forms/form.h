@@ -38,10 +38,6 @@ class Form : public controls::BaseWindow {
   LRESULT HandleMessage(UINT message, WPARAM wParam, LPARAM lParam) override;
 
   TApplication& app_;
-  // The control that gets the keys when the window is activated; kept when
-  // the window loses the activation, since the default handling gives the
-  // keys to the frame on return.
-  HWND lastFocus_ = nullptr;
 
  private:
   HWND modalOwner_ = nullptr;

@@ -769,16 +769,8 @@ LRESULT TUninstallForm_Main::HandleMessage(UINT message, WPARAM wParam, LPARAM l
       CreateControls();
       return 0;
     case WM_ACTIVATE:
-      if (LOWORD(wParam) == WA_INACTIVE) {
-        // The default handling gives the focus to the frame on return; keep the control's.
-        if (HWND focus = GetFocus(); focus && IsChild(hwnd_, focus)) lastFocus_ = focus;
-        break;
-      }
-      FormActivate();
-      if (lastFocus_ && IsChild(hwnd_, lastFocus_) && !IsIconic(hwnd_)) {
-        SetFocus(lastFocus_);
-        return 0;
-      }
+      if (LOWORD(wParam) != WA_INACTIVE) FormActivate();
+      if (KeepFocus(wParam, false)) return 0;
       break;
     case WM_ROW_GROUP: {
       const TSoftRow* row = RowAt(static_cast<int>(wParam));

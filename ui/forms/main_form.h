@@ -114,7 +114,6 @@ class TUninstallForm_Main : public controls::BaseWindow, public IInventoryView {
   std::unordered_map<int, TSoftRow> rows_;  // by record index, for the rows shown
   Messages messages_;
   bool firstActivation_ = true;
-  HWND lastFocus_ = nullptr;  // the control with the keys when the window was last left
   bool listStyleFlag_ = false;  // consumed by later work on the window
   std::uint32_t searchFontColour_ = 0;
   std::uint32_t searchBoxColour_ = 0;
