@@ -159,9 +159,14 @@ QuietCommand FindQuietCommand(const Platform& platform, const TSoftInfo& info) {
   }
   quiet.kind = ReadUninstallerKind(platform.files, file);
   switch (quiet.kind) {
-    case UninstallerKind::Nsis:
-      quiet.command = command + L" /S";
+    case UninstallerKind::Nsis: {
+      // NSIS takes everything after "_?=" as the folder: "/S" goes before it.
+      const std::size_t folder = command.find(L" _?=");
+      quiet.command = folder == std::wstring::npos
+                          ? command + L" /S"
+                          : command.substr(0, folder) + L" /S" + command.substr(folder);
       break;
+    }
     case UninstallerKind::InnoSetup:
       quiet.command = command + L" /VERYSILENT /SUPPRESSMSGBOXES /NORESTART";
       break;
