@@ -6,10 +6,8 @@
 #include "core/text.h"
 #include "core/text_file.h"
 #include "platform/memory/memory_platform.h"
-#include "ui/ext_ini_file.h"
 #include "uninstall/log_manager.h"
 #include "uninstall/uninstall_log.h"
-#include "uninstall/uninstall_sequence.h"
 
 namespace varnel {
 namespace {
@@ -98,17 +96,6 @@ TEST_F(UninstallLogTest, DeleteFallsBackToRemovalAtRestart) {
       EXPECT_EQ(fresh.files.PendingRenames()[0].second, L"");
     }
   }
-}
-
-TEST_F(UninstallLogTest, ModeChoiceIsKeptInSelectIni) {
-  EXPECT_FALSE(LoadModeChoice(m.Get()));
-  SaveModeChoice(m.Get(), true);
-  TExtIniFile ini;
-  ASSERT_TRUE(ini.LoadFromFile(m.Get(), std::wstring(kDataFolder) + L"\\Select.ini"));
-  EXPECT_EQ(ini.ReadString(L"Main", L"Advanced", L""), L"1");
-  EXPECT_TRUE(LoadModeChoice(m.Get()));
-  SaveModeChoice(m.Get(), false);
-  EXPECT_FALSE(LoadModeChoice(m.Get()));
 }
 
 }  // namespace

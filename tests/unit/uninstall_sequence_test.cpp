@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <map>
 
-#include "core/text.h"
 #include "core/text_file.h"
 #include "leftovers/scan_driver.h"
 #include "platform/memory/memory_platform.h"
@@ -13,24 +12,13 @@
 namespace varnel {
 namespace {
 
-constexpr wchar_t kLogFolder[] = L"C:\\Users\\test\\AppData\\Roaming\\Varnel\\Varnel Uninstaller\\Log\\";
-
 using Script = mem::MemoryProcesses::Script;
 using Polls = std::vector<std::vector<std::wstring>>;
+using Lines = std::vector<std::wstring>;
 
 Script Polled(Polls polls) {
   Script script;
   script.polls = std::move(polls);
-  return script;
-}
-Script QueriesFailing(int count) {
-  Script script;
-  script.failingQueries = count;
-  return script;
-}
-Script NotStarting() {
-  Script script;
-  script.failsToStart = true;
   return script;
 }
 // The workers pause briefly, so that the wait loops still turn.
@@ -42,7 +30,7 @@ TUninstallSequence::Options Quick(bool restorePoint) {
 }
 
 // The window as a list of what was asked of it. A caption that only adds dots
-// to the line's last recorded text is an animation frame: counted, not listed.
+// to the line's last recorded text is an animation frame and is not listed.
 class RecordingView : public IUninstallView {
  public:
   void SetStep(int step) override { events.push_back(L"step " + std::to_wstring(step)); }
@@ -53,10 +41,7 @@ class RecordingView : public IUninstallView {
   void SetCaption(StepLine line, std::wstring_view text) override {
     captions[line] = std::wstring(text);
     const std::wstring bare(text.substr(0, text.find_last_not_of(L'.') + 1));
-    if (bare == recorded[line]) {
-      ++frames;
-      return;
-    }
+    if (bare == recorded[line]) return;
     recorded[line] = bare;
     events.push_back(L"caption " + std::to_wstring(static_cast<int>(line)) + L" " +
                      std::wstring(text));
@@ -72,55 +57,53 @@ class RecordingView : public IUninstallView {
   void CloseWindow() override { events.push_back(L"close"); }
   bool AdvancedChosen() const override { return advanced; }
 
-  std::vector<std::wstring> events;
+  Lines events;
   std::map<StepLine, std::wstring> captions, recorded;
-  int frames = 0;
   bool advanced = false;
   std::function<void()> onMessages;
 };
 
-class UninstallSequenceTest : public testing::Test {
- protected:
-  UninstallSequenceTest() {
+// A machine with programs Alpha (0) and Beta (1), a fixed clock, and the
+// sequence over a recording view.
+struct World {
+  World() {
     m.system.now = *m.system.FromLocalTime({2013, 5, 14, 10, 21, 7, 0});
     m.system.shortDateFormat = L"dd.MM.yyyy";
     m.system.longTimeFormat = L"HH:mm:ss";
-    AddProgram(L"Alpha", L"C:\\Alpha\\unins.exe");
-    AddProgram(L"Beta", L"C:\\Beta\\unins.exe");
+    for (const wchar_t* name : {L"Alpha", L"Beta"}) {
+      list.push_back(std::make_unique<TSoftInfo>());
+      list.back()->Name = name;
+      list.back()->UninstallString = L"C:\\" + std::wstring(name) + L"\\unins.exe";
+    }
   }
-  void AddProgram(const std::wstring& name, const std::wstring& command) {
-    auto info = std::make_unique<TSoftInfo>();
-    info->Name = name;
-    info->UninstallString = command;
-    list.push_back(std::move(info));
-  }
-  TUninstallSequence& Sequence(std::vector<std::wstring> jobs, int mode,
-                               bool restorePoint = true) {
-    sequence =
-        std::make_unique<TUninstallSequence>(m.Get(), view, TUninstallTexts{}, Quick(restorePoint));
+  TUninstallSequence& Run(Lines jobs, int mode, TUninstallSequence::Options options) {
+    sequence = std::make_unique<TUninstallSequence>(m.Get(), view, TUninstallTexts{}, options);
     sequence->SetSoftware(&list);
     sequence->SetJobs(&jobs, mode);
     sequence->Prepare();
+    sequence->Run();
     return *sequence;
   }
-  // The day's log after the header, or nullopt when there is none.
-  std::optional<std::vector<std::wstring>> LogBody() {
+  // The day's log after its header, or nullopt when there is none.
+  std::optional<Lines> LogBody() {
     std::wstring text;
-    if (!ReadTextFile(m.Get(), std::wstring(kLogFolder) + L"2013-05-14.log", text)) {
+    if (!ReadTextFile(m.Get(),
+                      L"C:\\Users\\test\\AppData\\Roaming\\Varnel\\Varnel Uninstaller\\Log\\"
+                      L"2013-05-14.log",
+                      text))
       return std::nullopt;
-    }
-    std::vector<std::wstring> lines;
-    for (auto line : SplitLines(text)) lines.emplace_back(line);
+    const auto split = SplitLines(text);
+    Lines lines(split.begin(), split.end());
     if (lines.size() < 7) return std::nullopt;
-    return std::vector<std::wstring>(lines.begin() + 7, lines.end());
+    return Lines(lines.begin() + 7, lines.end());
   }
-  std::vector<std::wstring> Processes(std::wstring_view kind) const {
-    std::vector<std::wstring> out;
+  Lines Started() const {
+    Lines out;
     for (const auto& e : m.processes.events)
-      if (e.starts_with(kind)) out.push_back(e);
+      if (e.starts_with(L"start ")) out.push_back(e.substr(6));
     return out;
   }
-  static std::vector<std::wstring> Block(const std::wstring& name, const std::wstring& operation) {
+  static Lines Block(const std::wstring& name, const std::wstring& operation) {
     return {L"[" + name + L"]", L"Operation:" + operation, L"Date:14.05.2013 10:21:07", L""};
   }
 
@@ -130,144 +113,116 @@ class UninstallSequenceTest : public testing::Test {
   std::unique_ptr<TUninstallSequence> sequence;
 };
 
-TEST_F(UninstallSequenceTest, StandardRunWalksTheStepsAndClosesWithTheNotice) {
-  Sequence({L"0"}, JobMode::Uninstall).Run();
-  EXPECT_EQ(view.events, (std::vector<std::wstring>{
-                             L"step -1",
-                             L"caption 0 Creating System Restore Point",
-                             L"caption 1 Creating a full registry backup",
-                             L"caption 2 Standard Uninstall",
-                             L"step 0",
-                             L"caption 0 Creating System Restore Point Finished.",
-                             L"caption 1 Creating a Full Registry Backup Finished.",
-                             L"step 1",
-                             L"caption 2 Uninstall Finished.",
-                             L"hide marker",
-                             L"message Uninstall Finished.",
-                             L"close",
-                         }));
-  EXPECT_EQ(m.restorePoints.begun, std::vector<std::wstring>{L"Varnel Uninstaller restore point"});
-  EXPECT_EQ(Processes(L"start"), std::vector<std::wstring>{L"start C:\\Alpha\\unins.exe"});
-  EXPECT_EQ(m.processes.shows, std::vector<int>{ShowCmd::Normal});
-  EXPECT_EQ(LogBody(), Block(L"Alpha", L"Standard Uninstall"));
-  EXPECT_EQ(sequence->LogFile(), std::wstring(kLogFolder) + L"2013-05-14.log");
-  EXPECT_FALSE(LoadModeChoice(m.Get()));
-}
-
-TEST_F(UninstallSequenceTest, AdvancedChosenWhileTheUninstallerRunsOffersTheScanInstead) {
-  m.processes.AddScript(L"C:\\Alpha\\unins.exe", Polled({{L"unins.exe"}, {}}));
-  view.onMessages = [this] { view.advanced = true; };
-  Sequence({L"0"}, JobMode::Uninstall, false).Run();
-  const std::vector<std::wstring> tail(view.events.end() - 4, view.events.end());
-  EXPECT_EQ(tail, (std::vector<std::wstring>{L"caption 2 Uninstall Finished.", L"hide marker",
-                                             L"step 2", L"enable scan"}));
-  EXPECT_TRUE(m.restorePoints.begun.empty());
-  EXPECT_TRUE(LoadModeChoice(m.Get()));
-}
-
-TEST_F(UninstallSequenceTest, CancelDuringTheRestorePointSkipsEverythingElse) {
-  view.onMessages = [this] { sequence->Cancel(); };
-  Sequence({L"0"}, JobMode::Uninstall).Run();
-  EXPECT_EQ(view.events.back(), L"close");
-  EXPECT_EQ(std::count(view.events.begin(), view.events.end(), L"step 1"), 0);
-  EXPECT_TRUE(m.processes.events.empty());
-  EXPECT_FALSE(m.files.DirectoryExists(text::ExcludeTrailingBackslash(kLogFolder)));
-  EXPECT_TRUE(sequence->Runs().empty());
-}
-
-TEST_F(UninstallSequenceTest, ProgramsRunOneAfterAnotherAndLogInJobOrder) {
-  m.processes.AddScript(L"C:\\Alpha\\unins.exe", Polled({{L"unins.exe"}, {L"Au_.exe"}, {}}));
-  m.processes.AddScript(L"C:\\Beta\\unins.exe", Polled({{L"unins.exe"}, {}}));
-  Sequence({L"0", L"not a number", L"1"}, JobMode::Uninstall, false).Run();
-  std::vector<std::wstring> order;
-  for (const auto& e : m.processes.events)
-    if (!e.starts_with(L"query") || order.empty() || order.back() != e) order.push_back(e);
-  EXPECT_EQ(order, (std::vector<std::wstring>{
-                       L"start C:\\Alpha\\unins.exe", L"query C:\\Alpha\\unins.exe",
-                       L"end C:\\Alpha\\unins.exe", L"start C:\\Beta\\unins.exe",
-                       L"query C:\\Beta\\unins.exe", L"end C:\\Beta\\unins.exe"}));
-  auto expected = Block(L"Alpha", L"Standard Uninstall");
-  auto beta = Block(L"Beta", L"Standard Uninstall");
-  expected.insert(expected.end(), beta.begin(), beta.end());
-  EXPECT_EQ(LogBody(), expected);
-  ASSERT_EQ(sequence->Runs().size(), 2u);
-  EXPECT_EQ(sequence->Runs()[1].exitCode, 0u);
-  // The wait animated the step line with the program's name.
-  EXPECT_NE(std::find(view.events.begin(), view.events.end(),
-                      L"caption 2 Standard Uninstall Alpha."),
-            view.events.end());
-}
-
-TEST_F(UninstallSequenceTest, CancelWhileAProgramRunsEndsItsWaitAndStartsNoOther) {
-  m.processes.AddScript(L"C:\\Alpha\\unins.exe", Polled({{L"unins.exe"}}));
-  view.onMessages = [this] {
-    if (!m.processes.events.empty()) sequence->Cancel();
-  };
-  Sequence({L"0", L"1"}, JobMode::Uninstall, false).Run();
-  EXPECT_EQ(Processes(L"start"), std::vector<std::wstring>{L"start C:\\Alpha\\unins.exe"});
-  ASSERT_EQ(sequence->Runs().size(), 1u);
-  EXPECT_TRUE(sequence->Runs()[0].waitAbandoned);
-  EXPECT_FALSE(LogBody());
-  EXPECT_EQ(view.events.back(), L"close");
-}
-
-TEST_F(UninstallSequenceTest, ForcedModeDeletesTheFileOrQueuesItAndLogsItsName) {
-  const std::wstring file = L"C:\\Tools\\stuck.exe";
+// The mode is read when the uninstallers are done, not when the window opens.
+TEST(UninstallSequenceTest, WalksTheStepsAndEndsAsTheModeChosenAtTheEndSays) {
   struct Case {
-    bool exists;
-    bool deleteFails;
-    bool existsAfter;
-    std::size_t queued;
-  } cases[] = {{true, false, false, 0}, {true, true, true, 1}, {false, false, false, 0}};
+    bool switchToAdvanced, restorePoint;
+    Lines tail;
+  } cases[] = {
+      {false, true,
+       {L"step -1", L"caption 0 Creating System Restore Point",
+        L"caption 1 Creating a full registry backup", L"caption 2 Standard Uninstall", L"step 0",
+        L"caption 0 Creating System Restore Point Finished.",
+        L"caption 1 Creating a Full Registry Backup Finished.", L"step 1",
+        L"caption 2 Uninstall Finished.", L"hide marker", L"message Uninstall Finished.",
+        L"close"}},
+      {true, false, {L"caption 2 Uninstall Finished.", L"hide marker", L"step 2", L"enable scan"}},
+  };
   for (const Case& c : cases) {
-    mem::MemoryPlatform fresh;
-    fresh.system.now = m.system.now;
-    fresh.system.shortDateFormat = m.system.shortDateFormat;
-    fresh.system.longTimeFormat = m.system.longTimeFormat;
-    if (c.exists) fresh.files.AddFile(file, "MZ");
-    fresh.faults.Set(mem::Fault::FileDelete, c.deleteFails);
-    RecordingView v;
-    TUninstallSequence s(fresh.Get(), v, TUninstallTexts{}, Quick(false));
-    std::vector<std::wstring> jobs{file};
-    s.SetJobs(&jobs, JobMode::Forced);
-    s.Prepare();
-    s.Run();
-    EXPECT_EQ(fresh.files.FileExists(file), c.existsAfter);
-    EXPECT_EQ(fresh.files.PendingRenames().size(), c.queued);
-    std::wstring text;
-    ASSERT_TRUE(ReadTextFile(fresh.Get(), s.LogFile(), text));
-    const auto lines = SplitLines(text);
-    ASSERT_EQ(lines.size(), 11u);
-    EXPECT_EQ(lines[7], L"[stuck.exe]");
-    EXPECT_EQ(lines[8], L"Operation:Forced Uninstall");
-    EXPECT_TRUE(fresh.processes.events.empty());
+    World w;
+    if (c.switchToAdvanced) w.view.onMessages = [&w] { w.view.advanced = true; };
+    w.Run({L"0"}, JobMode::Uninstall, Quick(c.restorePoint));
+    ASSERT_GE(w.view.events.size(), c.tail.size());
+    EXPECT_EQ(Lines(w.view.events.end() - c.tail.size(), w.view.events.end()), c.tail);
+    EXPECT_EQ(w.m.restorePoints.begun.size(), c.restorePoint ? 1u : 0u);
+    EXPECT_EQ(w.Started(), Lines{L"C:\\Alpha\\unins.exe"});
+    EXPECT_EQ(w.LogBody(), World::Block(L"Alpha", L"Standard Uninstall"));
+    EXPECT_EQ(LoadModeChoice(w.m.Get()), c.switchToAdvanced);
   }
 }
 
-TEST_F(UninstallSequenceTest, OtherModesRunNothingButBeginTheDaysLog) {
-  Sequence({L"0"}, JobMode::Forced + 1, false).Run();
-  EXPECT_TRUE(m.processes.events.empty());
-  EXPECT_EQ(LogBody(), std::vector<std::wstring>{});
-  EXPECT_EQ(view.events.back(), L"close");
+TEST(UninstallSequenceTest, CancelSkipsWhatIsLeftWritesNoLogAndCloses) {
+  for (bool whileRunning : {false, true}) {
+    World w;
+    // Before the uninstall step, or once Alpha's never-ending uninstaller runs.
+    w.m.processes.AddScript(L"C:\\Alpha\\unins.exe", Polled({{L"unins.exe"}}));
+    w.view.onMessages = [&w, whileRunning] {
+      if (!whileRunning || !w.m.processes.events.empty()) w.sequence->Cancel();
+    };
+    TUninstallSequence& s = w.Run({L"0", L"1"}, JobMode::Uninstall, Quick(true));
+    EXPECT_EQ(w.Started(), whileRunning ? Lines{L"C:\\Alpha\\unins.exe"} : Lines{});
+    EXPECT_EQ(std::count(w.view.events.begin(), w.view.events.end(), L"step 1"), whileRunning);
+    ASSERT_EQ(s.Runs().size(), whileRunning ? 1u : 0u);
+    EXPECT_TRUE(!whileRunning || s.Runs()[0].waitAbandoned);
+    EXPECT_FALSE(w.LogBody());
+    EXPECT_FALSE(LoadModeChoice(w.m.Get())) << "no choice saved reads as Standard";
+    EXPECT_EQ(w.view.events.back(), L"close");
+  }
 }
 
-TEST_F(UninstallSequenceTest, QuietCommandReplacesTheRecordsOwnWithMacrosExpanded) {
+// Beta's command comes from the caller (the console tool's quiet form), with
+// its macros expanded; entries that are no index are skipped.
+TEST(UninstallSequenceTest, ProgramsRunOneAfterAnotherAndLogInJobOrder) {
+  World w;
+  const std::wstring msi = L"C:\\Windows\\system32\\msiexec.exe /x {1} /qn";
+  w.m.processes.AddScript(L"C:\\Alpha\\unins.exe", Polled({{L"unins.exe"}, {L"Au_.exe"}, {}}));
+  w.m.processes.AddScript(msi, Polled({{L"msiexec.exe"}, {}}));
   TUninstallSequence::Options options = Quick(false);
   options.commandFor = [](const TSoftInfo& info) {
     return info.Name == L"Beta" ? L"%SysDir%\\msiexec.exe /x {1} /qn" : L"";
   };
-  sequence = std::make_unique<TUninstallSequence>(m.Get(), view, TUninstallTexts{}, options);
-  sequence->SetSoftware(&list);
-  std::vector<std::wstring> jobs{L"0", L"1"};
-  sequence->SetJobs(&jobs, JobMode::Uninstall);
-  sequence->Run();
-  EXPECT_EQ(Processes(L"start"),
-            (std::vector<std::wstring>{L"start C:\\Alpha\\unins.exe",
-                                       L"start C:\\Windows\\system32\\msiexec.exe /x {1} /qn"}));
+  w.Run({L"0", L"not a number", L"1"}, JobMode::Uninstall, options);
+  Lines order;
+  for (const auto& e : w.m.processes.events)
+    if (!e.starts_with(L"query") || order.empty() || order.back() != e) order.push_back(e);
+  EXPECT_EQ(order, (Lines{L"start C:\\Alpha\\unins.exe", L"query C:\\Alpha\\unins.exe",
+                          L"end C:\\Alpha\\unins.exe", L"start " + msi, L"query " + msi,
+                          L"end " + msi}));
+  Lines expected = World::Block(L"Alpha", L"Standard Uninstall");
+  for (auto& line : World::Block(L"Beta", L"Standard Uninstall")) expected.push_back(line);
+  EXPECT_EQ(w.LogBody(), expected);
+  // The wait animated the step line with the program's name.
+  EXPECT_NE(std::find(w.view.events.begin(), w.view.events.end(),
+                      L"caption 2 Standard Uninstall Alpha."),
+            w.view.events.end());
 }
 
-// Waits of one run, against what the job holds at each query.
+// Forced mode deletes its file (or queues it for the restart); other modes
+// run nothing, yet the day's log is begun.
+TEST(UninstallSequenceTest, ForcedModeRemovesTheFileAndOtherModesRunNothing) {
+  const std::wstring file = L"C:\\Tools\\stuck.exe";
+  const Lines forced = World::Block(L"stuck.exe", L"Forced Uninstall");
+  struct Case {
+    int mode;
+    bool exists, deleteFails, existsAfter;
+    std::size_t queued;
+    Lines body;
+  } cases[] = {
+      {JobMode::Forced, true, false, false, 0, forced},
+      {JobMode::Forced, true, true, true, 1, forced},
+      {JobMode::Forced, false, false, false, 0, forced},
+      {JobMode::Forced + 1, true, false, true, 0, {}},
+  };
+  for (const Case& c : cases) {
+    World w;
+    if (c.exists) w.m.files.AddFile(file, "MZ");
+    w.m.faults.Set(mem::Fault::FileDelete, c.deleteFails);
+    w.Run({file}, c.mode, Quick(false));
+    EXPECT_EQ(w.m.files.FileExists(file), c.existsAfter);
+    EXPECT_EQ(w.m.files.PendingRenames().size(), c.queued);
+    EXPECT_EQ(w.LogBody(), c.body);
+    EXPECT_TRUE(w.m.processes.events.empty());
+  }
+}
+
+// One run's wait against what the job holds at each query.
 TEST(UninstallRunnerTest, WaitEndsWhenOnlyBrowsersAreLeftOrTheJobCannotBeAsked) {
+  Polls longWait(12, {L"unins.exe"});
+  longWait.emplace_back();
+  Script failing10, failingAll, notStarting;
+  failing10.failingQueries = 10;
+  failingAll.failingQueries = -1;
+  notStarting.failsToStart = true;
   struct Case {
     const char* what;
     Script script;
@@ -279,39 +234,29 @@ TEST(UninstallRunnerTest, WaitEndsWhenOnlyBrowsersAreLeftOrTheJobCannotBeAsked) 
        true, false},
       {"other process left", Polled({{L"unins.exe"}, {L"chrome.exe", L"helper.exe"}, {}}), 3, true,
        false},
-      {"ten failures then empty", QueriesFailing(10), 11, true, false},
-      {"every query fails", QueriesFailing(-1), 11, true, true},
-      {"cannot start", NotStarting(), 0, false, false},
-      {"long wait", Polled([] {
-         Polls polls(12, {L"unins.exe"});
-         polls.emplace_back();
-         return polls;
-       }()),
-       13, true, false},
+      {"ten failures then empty", failing10, 11, true, false},
+      {"every query fails", failingAll, 11, true, true},
+      {"cannot start", notStarting, 0, false, false},
+      {"long wait", Polled(longWait), 13, true, false},
   };
   for (auto& c : cases) {
     SCOPED_TRACE(c.what);
-    mem::MemoryPlatform m;
-    m.processes.AddScript(L"C:\\App\\unins.exe", c.script);
-    TSoftList list;
-    list.push_back(std::make_unique<TSoftInfo>());
-    list[0]->Name = L"App";
-    list[0]->UninstallString = L"C:\\App\\unins.exe";
+    World w;
+    w.m.processes.AddScript(L"C:\\Alpha\\unins.exe", c.script);
     std::atomic<bool> stop{true};  // a stop left from an earlier run is cleared
-    std::vector<std::wstring> captions;
-    TUninstallRunner runner(m.Get(), stop, [&](const std::wstring& s) { captions.push_back(s); },
+    Lines captions;
+    TUninstallRunner runner(w.m.Get(), stop, [&](const std::wstring& s) { captions.push_back(s); },
                             {});
-    const TUninstallRun run = runner.RunUninstaller(list, 0, L"Standard Uninstall");
-    EXPECT_EQ(run.name, L"App");
+    const TUninstallRun run = runner.RunUninstaller(w.list, 0, L"Standard Uninstall");
     EXPECT_EQ(run.started, c.started);
     EXPECT_EQ(run.waitAbandoned, c.abandoned);
-    const auto queries = std::count_if(m.processes.events.begin(), m.processes.events.end(),
+    const auto queries = std::count_if(w.m.processes.events.begin(), w.m.processes.events.end(),
                                        [](const auto& e) { return e.starts_with(L"query"); });
     EXPECT_EQ(static_cast<std::size_t>(queries), c.queries);
     EXPECT_EQ(captions.size(), c.queries == 0 ? 0 : c.queries - 1);
     // One to five dots, the next one every ten passes.
     if (c.queries == 13) {
-      EXPECT_EQ(captions.back(), L"Standard Uninstall App..");
+      EXPECT_EQ(captions.back(), L"Standard Uninstall Alpha..");
     }
   }
 }
@@ -319,25 +264,18 @@ TEST(UninstallRunnerTest, WaitEndsWhenOnlyBrowsersAreLeftOrTheJobCannotBeAsked) 
 TEST(UninstallRunnerTest, AddOnIsRemovedByItsManifestAndNothingRuns) {
   const std::wstring rdf = L"C:\\Users\\test\\AppData\\Roaming\\Fox\\ext\\Install.RDF";
   for (bool deleteFails : {false, true}) {
-    mem::MemoryPlatform m;
-    m.files.AddFile(rdf, "<RDF/>");
-    m.faults.Set(mem::Fault::FileDelete, deleteFails);
-    TSoftList list;
-    list.push_back(std::make_unique<TSoftInfo>());
-    list[0]->Name = L"Example Toolbar (Firefox)";
-    list[0]->IsToolbar = true;
-    list[0]->ToolbarFile = rdf;
-    list[0]->UninstallString = L"C:\\App\\unins.exe";
+    World w;
+    w.m.files.AddFile(rdf, "<RDF/>");
+    w.m.faults.Set(mem::Fault::FileDelete, deleteFails);
+    w.list[0]->IsToolbar = true;
+    w.list[0]->ToolbarFile = rdf;
     std::atomic<bool> stop{false};
-    TUninstallRunner runner(m.Get(), stop, {}, {});
-    const TUninstallRun run = runner.RunUninstaller(list, 0, L"x");
-    EXPECT_TRUE(run.addonRemoved);
-    EXPECT_TRUE(run.name.empty());
-    EXPECT_TRUE(m.processes.events.empty());
-    EXPECT_EQ(m.files.FileExists(rdf), deleteFails);
-    EXPECT_EQ(m.files.PendingRenames().size(), deleteFails ? 1u : 0u);
-
-    EXPECT_FALSE(runner.RunUninstaller(list, 1, L"x").addonRemoved);  // outside the list
+    TUninstallRunner runner(w.m.Get(), stop, {}, {});
+    EXPECT_TRUE(runner.RunUninstaller(w.list, 0, L"x").addonRemoved);
+    EXPECT_TRUE(w.m.processes.events.empty());
+    EXPECT_EQ(w.m.files.FileExists(rdf), deleteFails);
+    EXPECT_EQ(w.m.files.PendingRenames().size(), deleteFails ? 1u : 0u);
+    EXPECT_FALSE(runner.RunUninstaller(w.list, 2, L"x").addonRemoved);  // outside the list
   }
 }
 
@@ -364,7 +302,7 @@ TEST(UninstallScanTest, ScansEachListedProgramAndStopsWhenCancelled) {
   RecordingView view;
   TUninstallSequence sequence(w.m.Get(), view, TUninstallTexts{});
   sequence.SetSoftware(&list);
-  std::vector<std::wstring> jobs{L"0", L"7", L"x"};  // 7 names no program, x is no number
+  Lines jobs{L"0", L"7", L"x"};  // 7 names no program, x is no number
   sequence.SetJobs(&jobs, JobMode::Uninstall);
   TScanDriver driver(w.m.Get());
   CountingTree tree;
