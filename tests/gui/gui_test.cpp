@@ -278,37 +278,6 @@ class Gui : public testing::Test {
     ASSERT_TRUE(WaitUntil([&] { return !IsWindow(box) || !IsWindowVisible(box); }));
     Settle();
   }
-  // Uninstall on the selection or the checked rows, answered Yes; the
-  // uninstallers' own windows clicked through until the completion notice,
-  // which is answered too.
-  UninstallerClicks RunUninstall() {
-    HWND uninstalling = StartUninstall();
-    if (!uninstalling) return {};
-    HWND finished = nullptr;
-    const UninstallerClicks run = ClickThroughUninstallers(app.Pid(), [&] {
-      finished = app.DialogOwnedBy(uninstalling);
-      return finished != nullptr;
-    });
-    EXPECT_NE(finished, nullptr) << "no completion notice";
-    if (!finished) return run;
-    EXPECT_TRUE(ShowsText(finished, L"Uninstall Finished."));
-    EXPECT_EQ(WindowText(finished), L"Uninstalling");
-    PostMessageW(finished, WM_COMMAND, IDOK, 0);
-    EXPECT_TRUE(WaitUntil([&] { return !IsWindowVisible(uninstalling); }));
-    EXPECT_TRUE(WaitUntil([&] { return IsWindowEnabled(app.Main()) != FALSE; }));
-    Settle();
-    return run;
-  }
-  // The sample installed, the list refreshed and its row selected.
-  bool InstallAndSelect(const Sample& sample) {
-    if (!Install(sample)) return false;
-    app.Command(Id::MenuRefresh);
-    const int row = RowNamed(app, sample.name);
-    if (row < 0) return false;
-    app.SelectRow(row);
-    Settle();
-    return true;
-  }
   // Uninstall on the selection or the checked rows, answered Yes; returns
   // the uninstalling window once it shows.
   HWND StartUninstall() {
@@ -734,46 +703,13 @@ TEST_F(Gui, KeysTabWalksTheControlsDeleteAndEnterAskToUninstallTheSelectedRow) {
   EXPECT_TRUE(WaitUntil([&] { return app.Focus() == app.List(); }, std::chrono::seconds(5)));
 }
 
-// The lines a run appended to the day's log, after what `before` held.
-std::wstring Appended(const std::wstring& before) {
-  const std::wstring after = ReadUtf8(TodaysLog());
-  if (before.empty()) {
-    const std::size_t header = after.find(L"====================================\r\n\r\n");
-    return header == std::wstring::npos ? std::wstring() : after.substr(header + 40);
-  }
-  return after.substr(0, before.size()) == before ? after.substr(before.size()) : after;
-}
-
-// One program's block with the English texts; the date is not compared.
-void ExpectBlock(const std::wstring& log, std::size_t& at, const std::wstring& name) {
-  const std::wstring head = L"[" + name + L"]\r\nOperation:Standard Uninstall\r\nDate:";
-  ASSERT_EQ(log.substr(at, head.size()), head) << text::ToUtf8(log);
-  const std::size_t end = log.find(L"\r\n\r\n", at + head.size());
-  ASSERT_NE(end, std::wstring::npos);
-  EXPECT_GT(end, at + head.size());
-  at = end + 4;
-}
-
-TEST_F(Gui, UninstallRunsTheRealUninstallerInStandardModeAndWritesTheDaysLog) {
-  ASSERT_TRUE(InstallAndSelect(kSketchpad));
-  const std::wstring before = ReadUtf8(TodaysLog());
-  const UninstallerClicks run = RunUninstall();
-  EXPECT_EQ(run.clicks, 1);
-  EXPECT_EQ(run.openAtEnd, 0);  // the notice waited for the uninstaller
-  EXPECT_FALSE(EntryExists(kSketchpad));
-  EXPECT_TRUE(WaitUntil([&] { return app.RowCount() == kVisible; }));
-  EXPECT_LT(RowNamed(app, kSketchpad.name), 0);
-  const std::wstring added = Appended(before);
-  std::size_t at = 0;
-  ExpectBlock(added, at, kSketchpad.name);
-  EXPECT_EQ(at, added.size());
-}
-
+// The sequence driven by the window: the checked rows of a batch, their
+// uninstallers strictly one after another, the notice once both ended, one
+// log block each in list order with the window's texts.
 TEST_F(Gui, BatchUninstallRunsTheCheckedProgramsOneAfterAnotherInOneSequence) {
   ASSERT_TRUE(Install(kSketchpad));
   ASSERT_TRUE(Install(kSyncTray));
   app.Command(Id::MenuRefresh);
-  ASSERT_EQ(app.RowCount(), kVisible + 2);
   app.Command(Id::BatchUninstall);
   const int a = RowNamed(app, kSketchpad.name), b = RowNamed(app, kSyncTray.name);
   ASSERT_GE(a, 0);
@@ -782,26 +718,50 @@ TEST_F(Gui, BatchUninstallRunsTheCheckedProgramsOneAfterAnotherInOneSequence) {
   app.SetRowChecked(b, true);
   Settle();
   const std::wstring before = ReadUtf8(TodaysLog());
-  const UninstallerClicks run = RunUninstall();
+  HWND uninstalling = StartUninstall();
+  ASSERT_NE(uninstalling, nullptr);
+  HWND finished = nullptr;
+  const UninstallerClicks run = ClickThroughUninstallers(app.Pid(), [&] {
+    finished = app.DialogOwnedBy(uninstalling);
+    return finished != nullptr;
+  });
+  ASSERT_NE(finished, nullptr) << "no completion notice";
+  EXPECT_TRUE(ShowsText(finished, L"Uninstall Finished."));
   EXPECT_EQ(run.clicks, 2);
   EXPECT_EQ(run.mostAtOnce, 1);  // never two uninstallers at a time
-  EXPECT_EQ(run.openAtEnd, 0);
+  EXPECT_EQ(run.openAtEnd, 0);   // the notice waited for the last one
+  PostMessageW(finished, WM_COMMAND, IDOK, 0);
+  EXPECT_TRUE(WaitUntil([&] { return !IsWindowVisible(uninstalling); }));
+  EXPECT_TRUE(WaitUntil([&] { return IsWindowEnabled(app.Main()) != FALSE; }));
   EXPECT_FALSE(EntryExists(kSketchpad));
   EXPECT_FALSE(EntryExists(kSyncTray));
   EXPECT_TRUE(WaitUntil([&] { return app.RowCount() == kVisible; }));
-  // One block each, in list order, from one run.
-  const std::wstring added = Appended(before);
-  std::size_t at = 0;
-  ExpectBlock(added, at, a < b ? kSketchpad.name : kSyncTray.name);
-  ExpectBlock(added, at, a < b ? kSyncTray.name : kSketchpad.name);
-  EXPECT_EQ(at, added.size());
+  const std::wstring added = ReadUtf8(TodaysLog()).substr(before.size());
+  auto block = [&](const Sample& s) {
+    return added.find(L"[" + std::wstring(s.name) + L"]\r\nOperation:Standard Uninstall\r\nDate:");
+  };
+  const std::size_t first = block(a < b ? kSketchpad : kSyncTray);
+  const std::size_t second = block(a < b ? kSyncTray : kSketchpad);
+  EXPECT_NE(second, std::wstring::npos) << text::ToUtf8(added);
+  EXPECT_LT(first, second) << text::ToUtf8(added);
+  std::size_t blocks = 0;
+  for (auto at = added.find(L"Operation:"); at != std::wstring::npos;
+       at = added.find(L"Operation:", at + 1))
+    ++blocks;
+  EXPECT_EQ(blocks, 2u);
 }
 
-TEST_F(Gui, AdvancedModeOffersPowerfulScanAndListsTheSamplesLeftovers) {
-  // The saved choice preselects Advanced; the run saves it again.
+// The saved choice preselects Advanced: no notice, and Powerful Scan shows the
+// program's leftovers in the results window (their content: scan_e2e).
+TEST_F(Gui, AdvancedModeOffersPowerfulScanIntoTheResultsWindow) {
   const std::wstring choice = AppDataFolder() + L"\\Varnel\\Varnel Uninstaller\\Select.ini";
   std::ofstream(text::ToUtf8(choice).c_str()) << "[Main]\r\nAdvanced=1\r\n";
-  ASSERT_TRUE(InstallAndSelect(kSketchpad));
+  ASSERT_TRUE(Install(kSketchpad));
+  app.Command(Id::MenuRefresh);
+  const int row = RowNamed(app, kSketchpad.name);
+  ASSERT_GE(row, 0);
+  app.SelectRow(row);
+  Settle();
   HWND uninstalling = StartUninstall();
   ASSERT_NE(uninstalling, nullptr);
   namespace U = forms::UninstallingId;
@@ -811,7 +771,6 @@ TEST_F(Gui, AdvancedModeOffersPowerfulScanAndListsTheSamplesLeftovers) {
   const UninstallerClicks run =
       ClickThroughUninstallers(app.Pid(), [&] { return IsWindowEnabled(scan) != FALSE; });
   EXPECT_EQ(run.clicks, 1);
-  EXPECT_EQ(run.openAtEnd, 0);
   EXPECT_EQ(app.DialogOwnedBy(uninstalling), nullptr);  // no completion notice
   EXPECT_FALSE(EntryExists(kSketchpad));
 
@@ -822,23 +781,16 @@ TEST_F(Gui, AdvancedModeOffersPowerfulScanAndListsTheSamplesLeftovers) {
     return results && IsWindowVisible(results);
   }));
   EXPECT_TRUE(WaitUntil([&] { return !IsWindowVisible(uninstalling); }));
-  EXPECT_TRUE(WaitUntil([&] { return IsWindowEnabled(app.Main()) != FALSE; }));
-  // The uninstaller forgets the desktop shortcut and the settings key.
   const auto lines = ListBoxLines(FindWindowExW(results, nullptr, L"ListBox", nullptr));
-  ASSERT_FALSE(lines.empty());
+  ASSERT_GT(lines.size(), 1u);
   EXPECT_EQ(lines[0].rfind(L"Oakhollow Sketchpad(", 0), 0u) << text::ToUtf8(lines[0]);
-  auto has = [&](const std::wstring& part) {
-    return std::any_of(lines.begin(), lines.end(),
-                       [&](const std::wstring& l) { return l.find(part) != std::wstring::npos; });
-  };
-  EXPECT_TRUE(has(L"Oakhollow Sketchpad.lnk"));
-  EXPECT_TRUE(has(L"\\Software\\Oakhollow Studio"));
   PostMessageW(results, WM_CLOSE, 0, 0);
-  EXPECT_TRUE(WaitUntil([&] { return !IsWindowVisible(results); }));
+  EXPECT_TRUE(WaitUntil([&] { return !IsWindowVisible(results) && IsWindowEnabled(app.Main()); }));
   DeleteFileW(choice.c_str());
 }
 
-TEST_F(Gui, LogManagerListsTheLogFilesAndDeleteAllEmptiesIt) {
+// Delete All removes every listed log, and only those.
+TEST_F(Gui, LogManagerDeleteAllEmptiesTheLogFolder) {
   const std::wstring folder = LogFolder();
   SHCreateDirectoryExW(nullptr, folder.c_str(), nullptr);
   const std::vector<std::wstring> files = {folder + L"2001-01-01.log", folder + L"notes.LOG.txt"};
@@ -850,23 +802,17 @@ TEST_F(Gui, LogManagerListsTheLogFilesAndDeleteAllEmptiesIt) {
     logs = app.FindOwnWindow(L"TLogManager_Form");
     return logs && IsWindowVisible(logs);
   }));
-  EXPECT_EQ(WindowText(logs), L"Uninstall Log Manager");
-  EXPECT_EQ(GetWindow(logs, GW_OWNER), app.Main());
-  EXPECT_FALSE(IsWindowEnabled(app.Main()));
   namespace L = forms::LogManagerId;
   HWND list = GetDlgItem(logs, L::List);
   std::vector<std::wstring> names;
   for (int i = 0, n = app.RowCountOf(list); i < n; ++i) names.push_back(app.CellOf(list, i, 0));
   for (const wchar_t* name : {L"2001-01-01.log", L"notes.LOG.txt"})
     EXPECT_NE(std::find(names.begin(), names.end(), name), names.end()) << text::ToUtf8(name);
-  EXPECT_EQ(std::find(names.begin(), names.end(), L"x.log"), names.end());
-  EXPECT_FALSE(IsWindowEnabled(GetDlgItem(logs, L::Open)));
   EXPECT_TRUE(IsWindowEnabled(GetDlgItem(logs, L::DeleteAll)));
 
   PostMessageW(logs, WM_COMMAND, L::DeleteAll, 0);
   HWND box = app.WaitForDialog(logs);
   ASSERT_NE(box, nullptr);
-  EXPECT_EQ(WindowText(box), L"Uninstall Log Manager");
   // Delete All asks under Delete's key, which the shipped language file has.
   const std::wstring english = ReadUtf8(kAppDir + L"Toolbox_Language\\English.lng");
   EXPECT_TRUE(ShowsText(box, LngValue(english, L"Uninstaller_LogManager_Form_M", L"M_SureDelSelect")));
