@@ -20,11 +20,12 @@ class Win32Processes : public Contract {
   }
 };
 
-// cmd runs ping as its child: the job holds both, by name, until both end. A
+// cmd runs ping as its child: the job holds both, by name, until both end
+// (ping lives four seconds, so a loaded machine still sees both). A
 // list too small for both gives nothing, and a process gone has no name.
 TEST_P(Win32Processes, JobHoldsTheProgramAndWhatItStarts) {
   auto job = p().processes.StartInJob(
-      L"\"" + Cmd() + L"\" /c ping -n 3 127.0.0.1 >nul & exit 7", 0);
+      L"\"" + Cmd() + L"\" /c ping -n 5 127.0.0.1 >nul & exit 7", 0);
   ASSERT_TRUE(job);
   const std::vector<std::wstring> both = {L"cmd.exe", L"ping.exe"};
   ASSERT_TRUE(Eventually([&] { return Images(*job) == both; }));
