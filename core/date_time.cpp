@@ -247,6 +247,14 @@ std::wstring FormatShortDate(ISystem& system, TDateTime value) {
   return FormatDate(picture, value);
 }
 
+std::wstring NowShortDateTime(ISystem& system) {
+  std::wstring timePicture = system.LongTimeFormat();
+  if (timePicture.empty()) timePicture = L"h:mm:ss tt";
+  std::wstring datePicture = system.ShortDateFormat();
+  if (datePicture.empty()) datePicture = L"M/d/yyyy";
+  return FormatDate(datePicture + L" " + timePicture, NowLocal(system));
+}
+
 std::wstring DateTimeToText(TDateTime value) {
   char buffer[64];
   if (!std::isfinite(value)) return L"0";

@@ -39,6 +39,8 @@ std::optional<TDateTime> ParseShortDate(ISystem& system, std::wstring_view text)
 // value DecodeDateTime cannot decode.
 std::wstring FormatDate(std::wstring_view picture, TDateTime value);
 std::wstring FormatShortDate(ISystem& system, TDateTime value);
+// Now, in the system's short date followed by its long time (the logs' date lines).
+std::wstring NowShortDateTime(ISystem& system);
 
 // Shortest text that reads back to the same double, "." as decimal point.
 std::wstring DateTimeToText(TDateTime value);

@@ -29,15 +29,6 @@ int ParseJobIndex(std::wstring_view entry) {
   return value;
 }
 
-// The system's short date followed by its long time.
-std::wstring NowShortDateTime(ISystem& system) {
-  std::wstring datePicture = system.ShortDateFormat();
-  if (datePicture.empty()) datePicture = L"M/d/yyyy";
-  std::wstring timePicture = system.LongTimeFormat();
-  if (timePicture.empty()) timePicture = L"h:mm:ss tt";
-  return FormatDate(datePicture + L" " + timePicture, NowLocal(system));
-}
-
 }  // namespace
 
 TUninstallSequence::TUninstallSequence(const Platform& platform, IUninstallView& view,
