@@ -52,25 +52,35 @@ bool AllDigits(const std::wstring& s) {
 }  // namespace
 
 int FindProgram(const TSoftList& list, const std::wstring& target) {
+  std::vector<int> positions(list.size());
+  for (std::size_t i = 0; i < list.size(); ++i) positions[i] = static_cast<int>(i);
+  return FindProgram(list, positions, target);
+}
+
+int FindProgram(const TSoftList& list, const std::vector<int>& indexes,
+                const std::wstring& target) {
   for (std::size_t i = 0; i < list.size(); ++i)
     if (!list[i]->Hidden && text::SameText(list[i]->Name, target)) return static_cast<int>(i);
   if (AllDigits(target)) {
-    auto index = std::stoi(target);
-    if (index < static_cast<int>(list.size())) return index;
+    const int index = std::stoi(target);
+    for (std::size_t i = 0; i < list.size() && i < indexes.size(); ++i)
+      if (indexes[i] == index) return static_cast<int>(i);
   }
   return -1;
 }
 
-bool ReadRecords(const std::string& json, TSoftList& records) {
+bool ReadRecords(const std::string& json, TSoftList& records, std::vector<int>& indexes) {
   auto parsed = nlohmann::json::parse(json, nullptr, false);
   if (parsed.is_discarded()) return false;
-  if (parsed.is_object()) {
-    records.push_back(RecordFrom(parsed));
-    return true;
-  }
-  if (!parsed.is_array()) return false;
+  if (!parsed.is_object() && !parsed.is_array()) return false;
+  if (parsed.is_object()) parsed = nlohmann::json::array({std::move(parsed)});
   for (const auto& item : parsed) {
     if (!item.is_object()) return false;
+    auto index = item.find("index");
+    const bool saved = index != item.end() && index->is_number_integer() &&
+                       index->get<std::int64_t>() >= 0 && index->get<std::int64_t>() <= 999999999;
+    indexes.push_back(saved ? static_cast<int>(index->get<std::int64_t>())
+                            : static_cast<int>(records.size()));
     records.push_back(RecordFrom(item));
   }
   return true;
@@ -119,9 +129,10 @@ std::string FormatScanJson(const ScanFindings& found) {
 
 int RunScan(const Platform& platform, const ScanOptions& options, std::string& out,
             std::string& err) {
-  auto scanOne = [&](const TSoftList& list) {
+  auto scanOne = [&](const TSoftList& list, const std::vector<int>* saved) {
     int index = options.target.empty() && list.size() == 1 ? 0
-                                                           : FindProgram(list, options.target);
+                : saved ? FindProgram(list, *saved, options.target)
+                        : FindProgram(list, options.target);
     if (index < 0) {
       err += "varnel-cli: no program \"" + Utf8(options.target) + "\"\n";
       return ExitCode::Failed;
@@ -134,15 +145,16 @@ int RunScan(const Platform& platform, const ScanOptions& options, std::string& o
   if (!options.recordFile.empty()) {
     std::vector<std::uint8_t> bytes;
     TSoftList records;
+    std::vector<int> indexes;
     if (!platform.files.ReadWholeFile(options.recordFile, bytes) ||
-        !ReadRecords(std::string(bytes.begin(), bytes.end()), records)) {
+        !ReadRecords(std::string(bytes.begin(), bytes.end()), records, indexes)) {
       err += "varnel-cli: \"" + Utf8(options.recordFile) + "\" holds no saved record\n";
       return ExitCode::Failed;
     }
-    return scanOne(records);
+    return scanOne(records, &indexes);
   }
   int code = ExitCode::Failed;
-  WithInventory(platform, err, [&](const TSoftList& items) { code = scanOne(items); });
+  WithInventory(platform, err, [&](const TSoftList& items) { code = scanOne(items, nullptr); });
   return code;
 }
 

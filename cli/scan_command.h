@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "cli/cli_args.h"
 #include "inventory/soft_list.h"
@@ -12,10 +13,15 @@ namespace varnel::cli {
 // The record `scan` means: the first visible one with that name (ignoring
 // case), else the one at that index; -1 when none.
 int FindProgram(const TSoftList& list, const std::wstring& target);
+// The same over saved records, where an index means the record saved with
+// that "index" (`indexes` parallel to `list`), not a position.
+int FindProgram(const TSoftList& list, const std::vector<int>& indexes,
+                const std::wstring& target);
 
-// Records from `list --json` output (an array or one object); false when the
-// text is not that.
-bool ReadRecords(const std::string& json, TSoftList& records);
+// Records from `list --json` output (an array or one object), with the index
+// each was saved with (its position when it has none); false when the text
+// is not that.
+bool ReadRecords(const std::string& json, TSoftList& records, std::vector<int>& indexes);
 
 std::string FormatScanText(const ScanFindings& found);
 std::string FormatScanJson(const ScanFindings& found);

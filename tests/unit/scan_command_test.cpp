@@ -60,9 +60,10 @@ TEST_F(ScanCommandTest, ASavedRecordIsScannedAndPrintedAsJson) {
       {"path": "C:\\Apps\\Writer", "kind": "folder"},
       {"path": "C:\\Apps\\Writer\\w.exe", "kind": "file"}])"));
 
-  // By position in the saved array, and as text.
-  ASSERT_EQ(Run({L"scan", L"1", L"--record", L"C:\\saved.json"}), 0) << err;
+  // By the index it was saved with, never by its place in the array, and as text.
+  ASSERT_EQ(Run({L"scan", L"7", L"--record", L"C:\\saved.json"}), 0) << err;
   EXPECT_EQ(out.substr(0, out.find('\n')), "Writer: 3 leftovers");
+  EXPECT_EQ(Run({L"scan", L"1", L"--record", L"C:\\saved.json"}), 1);
 }
 
 TEST_F(ScanCommandTest, ANameWinsOverAnIndex) {
