@@ -27,7 +27,8 @@ struct DeletionOutcome {
 // collected so callers can log them as skipped.
 class DeletionGuard {
  public:
-  // `backup` may be null only when the user asked for no backup.
+  // `backup` may be null only when the user asked for no backup. Items that
+  // could not be backed up are not deleted.
   DeletionGuard(const Platform& platform, ProtectedPlaces places, Backup* backup);
 
   DeletionOutcome DeleteKey(RegRoot root, const std::wstring& keyPath, bool use64);
@@ -48,6 +49,15 @@ class DeletionGuard {
   const std::vector<DeletionOutcome>& Skipped() const { return skipped_; }
 
  private:
+  DeletionOutcome DeleteRegistry(RegRoot root, const std::wstring& keyPath,
+                                 const std::wstring& valueName, bool use64, bool wholeKey,
+                                 const std::wstring& data);
+  DeletionOutcome DeletePath(const std::wstring& path);
+  std::wstring Admit(DeletionOutcome& outcome, const std::wstring& path);
+  void RemoveTree(const std::wstring& folder, bool& queued);
+  DeletionOutcome Refuse(DeletionOutcome outcome, Refusal refusal);
+  DeletionOutcome Skip(DeletionOutcome outcome, std::wstring reason);
+
   Platform platform_;
   ProtectedPlaces places_;
   Backup* backup_;
