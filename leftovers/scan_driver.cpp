@@ -66,7 +66,8 @@ ScanFindings TScanDriver::Collect(const TSoftList& list, int index, const std::w
     scanner.FileOnlyScan();
   } else if (found.Record.IsToolbar && found.Record.UninstallString.empty()) {
     scanner.ToolbarScan(found.Record.ToolbarClsid);
-    scanner.FileOnlyScan();
+    // The toolbar scan ends idle, so only the flag tells the walk not to start.
+    if (!stop_) scanner.FileOnlyScan();
   } else {
     scanner.FullScan();
   }
