@@ -11,6 +11,7 @@
 
 #include "platform/win32/win32_platform.h"
 #include "ui/forms/application.h"
+#include "ui/forms/force_uninstall_form.h"
 #include "ui/forms/main_form.h"
 #include "ui/forms/log_manager_form.h"
 #include "ui/forms/shell_forms.h"
@@ -59,7 +60,7 @@ int WINAPI wWinMain(HINSTANCE, HINSTANCE, PWSTR, int) {
     // owns the others.
     varnel::forms::TUninstallForm_Main main(app);
     varnel::forms::TUninstalling_Form uninstalling(app, main.Handle());
-    varnel::forms::TForceUninstall_Form force(app, main.Handle());
+    varnel::forms::TForceUninstall_Form force(app, main.Handle(), uninstalling);
     varnel::forms::TPowerScan_Form scan(app, main.Handle());
     varnel::forms::TLogManager_Form logs(app, main.Handle());
     main.SetPeers(uninstalling, force, scan, logs);

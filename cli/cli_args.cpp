@@ -118,6 +118,15 @@ std::optional<ParsedCommand> ParseArguments(const std::vector<std::wstring>& arg
   if (parsed.command == L"scan") return ParseScan(args, parsed, error);
   if (parsed.command == L"uninstall") return ParseUninstall(args, parsed, error);
   if (parsed.command == L"logs") return ParseLogs(args, parsed, error);
+  if (parsed.command == L"extensions") {
+    for (const std::wstring& arg : std::span(args).subspan(1)) {
+      if (!SetFlag(arg, {{L"--json", &parsed.extensions.json}})) {
+        error = UnknownOption(arg, L"extensions");
+        return std::nullopt;
+      }
+    }
+    return parsed;
+  }
   if (parsed.command != L"list") {
     error = L"unknown command \"" + parsed.command + L"\"";
     return std::nullopt;
@@ -136,6 +145,7 @@ std::wstring UsageText() {
          L"       varnel-cli scan <name|index> [--json] [--record FILE]\n"
          L"       varnel-cli uninstall <name|index>... [--quiet] [--json] [--restore-point]\n"
          L"       varnel-cli logs [--json] | logs --show NAME\n"
+         L"       varnel-cli extensions [--json]\n"
          L"\n"
          L"  list      the installed programs, one line each\n"
          L"  --json    an array of objects instead, one per program\n"
@@ -157,6 +167,9 @@ std::wstring UsageText() {
          L"  --restore-point  make a system restore point first\n"
          L"\n"
          L"  logs      the uninstall log files; --json as an array; --show NAME prints one\n"
+         L"\n"
+         L"  extensions  every extension of every browser profile (Firefox, Chrome, Edge,\n"
+         L"            Brave, Vivaldi, Opera), toolbar or not; --json as an array\n"
          L"\n"
          L"exit codes: 0 done, 1 failed (no such program, an uninstaller could not start\n"
          L"or was skipped), 2 bad command line, 3 an uninstaller ended but its program\n"

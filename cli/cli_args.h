@@ -37,12 +37,17 @@ struct LogsOptions {
   std::wstring show;  // the one log to print
 };
 
+struct ExtensionsOptions {
+  bool json = false;
+};
+
 struct ParsedCommand {
-  std::wstring command;  // "list", "scan", "uninstall" or "logs"
+  std::wstring command;  // "list", "scan", "uninstall", "logs" or "extensions"
   ListOptions list;
   ScanOptions scan;
   UninstallOptions uninstall;
   LogsOptions logs;
+  ExtensionsOptions extensions;
 };
 
 // nullopt, with `error` set, for an unknown command or option.

@@ -23,7 +23,7 @@ std::wstring WithoutDots(std::wstring_view text) {
 }
 
 bool StillListed(const Platform& platform, const TSoftInfo& info) {
-  if (IsBrowserAddon(info)) return platform.files.FileExists(info.ToolbarFile);
+  if (IsBrowserAddon(info)) return platform.files.GetAttributes(info.ToolbarFile).has_value();
   return platform.registry.KeyExists(RootKeyFromName(info.RootKey), info.KeyPath,
                                      info.Is64BitView);
 }
@@ -102,6 +102,7 @@ UninstallReport UninstallPrograms(const Platform& platform, const TSoftList& lis
         outcome.command = run.command;
         outcome.started = run.started;
         outcome.addonRemoved = run.addonRemoved;
+        outcome.removeInBrowser = run.removeInBrowser;
         outcome.exitCode = run.exitCode;
       }
     }
@@ -128,6 +129,8 @@ std::string FormatUninstallText(const UninstallReport& report) {
     out += Utf8(o.name) + ": ";
     if (!o.skipped.empty()) {
       out += "skipped, " + Utf8(o.skipped);
+    } else if (!o.removeInBrowser.empty()) {
+      out += "installed in " + Utf8(o.removeInBrowser) + ", remove it there";
     } else if (!o.started && !o.addonRemoved) {
       out += "could not start " + Utf8(o.command);
     } else {
@@ -155,6 +158,7 @@ std::string FormatUninstallJson(const UninstallReport& report) {
     if (o.exitCode) item["exitCode"] = *o.exitCode;
     if (!o.skipped.empty()) item["skipped"] = Utf8(o.skipped);
     if (o.addonRemoved) item["addonRemoved"] = true;
+    if (!o.removeInBrowser.empty()) item["removeInBrowser"] = Utf8(o.removeInBrowser);
     programs.push_back(std::move(item));
   }
   nlohmann::ordered_json result = {

@@ -53,8 +53,9 @@ struct UninstallOutcome {
   std::wstring skipped;  // why it was not run; empty when it was
   bool started = false;
   bool addonRemoved = false;
+  std::wstring removeInBrowser;  // the add-on was left for this browser to remove
   std::optional<std::uint32_t> exitCode;
-  bool stillListed = true;  // its Uninstall key (or add-on manifest) is still there
+  bool stillListed = true;  // its Uninstall key (or add-on files) are still there
 };
 
 struct UninstallReport {

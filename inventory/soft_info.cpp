@@ -59,7 +59,9 @@ std::wstring MsiProductCode(const TSoftInfo& info) {
 }
 
 bool IsBrowserAddon(const TSoftInfo& info) {
-  return info.IsToolbar && text::ContainsText(info.ToolbarFile, L"install.rdf");
+  if (!info.IsToolbar) return false;
+  return text::ContainsText(info.ToolbarFile, L"install.rdf") ||
+         (!info.Extra1.empty() && info.UninstallString.empty());
 }
 
 }  // namespace varnel

@@ -36,10 +36,10 @@ struct TSoftInfo {
   bool Hidden = false;           // a duplicate or a folded toolbar; never shown
   bool IsSystemComponent = false;
   std::wstring ToolbarClsid;
-  std::wstring ToolbarFile;      // module, or an add-on's install.rdf
-  std::wstring Extra1;           // free for later stages; empty when made
-  std::wstring Extra2;
-  std::wstring Extra3;
+  std::wstring ToolbarFile;      // module, or an add-on's install.rdf, package or folder
+  std::wstring Extra1;           // an add-on's browser ("Firefox", "Chrome", ...); else empty
+  std::wstring Extra2;           // an add-on's id
+  std::wstring Extra3;           // an add-on's profile folder
   std::wstring Readme;
 };
 
@@ -57,7 +57,8 @@ bool IsProductCode(std::wstring_view text);
 // The Windows Installer product code: the uninstall key's own name when it is
 // a braced GUID (38 characters), else empty.
 std::wstring MsiProductCode(const TSoftInfo& info);
-// A browser add-on whose manifest stands in for an uninstaller.
+// A browser add-on whose files stand in for an uninstaller: a legacy
+// manifest (also one folded into a program), or an add-on record of its own.
 bool IsBrowserAddon(const TSoftInfo& info);
 
 }  // namespace varnel

@@ -5,6 +5,7 @@
 #include "core/registry_snapshot.h"
 #include "core/wow64.h"
 #include "inventory/software_cache.h"
+#include "inventory/toolbar_discovery.h"
 #include "inventory/toolbar_folding.h"
 #include "inventory/uninstall_keys.h"
 
@@ -45,6 +46,7 @@ void CollectInstalledSoftware(const TAppFrame& frame, TSoftList& list,
 TSoftwareInfo::TSoftwareInfo(const Platform& platform, TGuiDispatcher& dispatcher,
                              Options options)
     : platform_(platform), options_(std::move(options)) {
+  if (!options_.discoverToolbars) options_.discoverToolbars = DefaultToolbarDiscovery(platform_);
   CollectInstalledSoftware(TAppFrame(platform), items_, options_.discoverToolbars,
                            options_.uninstallKeys.get());
   options_.uninstallKeys.reset();

@@ -106,6 +106,7 @@ constexpr TCatalogText kUninstallingMessages[] = {
     {L"M_CreateRegBackup", L"Creating a full registry backup",
      L"Vollst\u00e4ndige Sicherung der Registrierung wird erstellt"},
     {L"M_StandardUninstall", L"Standard Uninstall", L"Standard-Deinstallation"},
+    {L"M_RemoveInBrowser", L"To be removed in %s", L"In %s zu entfernen"},
     {L"M_CreateRPFinish", L"Creating System Restore Point Finished.",
      L"Systemwiederherstellungspunkt erstellt."},
     {L"M_CreateRBFinish", L"Creating a Full Registry Backup Finished.",
@@ -119,8 +120,37 @@ constexpr TCatalogText kUninstallingMessages[] = {
 
 constexpr TCatalogText kForceUninstall[] = {
     {L"ForceUninstall_Form.Caption", L"Forced Uninstall", L"Erzwungene Deinstallation"},
-    {L"Label_File.Caption", L"File:", L"Datei:"},
-    {L"Button_Close.Caption", L"Close", L"Schlie\u00dfen"},
+    {L"Label_Title.Caption", L"Varnel Forced Uninstaller", L"Varnel Erzwungene Deinstallation"},
+    {L"Label_SubTitle.Caption", L"Uninstall programs and clean all leftover items thoroughly.",
+     L"Programme deinstallieren und alle Reste gr\u00fcndlich entfernen."},
+    {L"Label_FileFullPath.Caption", L"File full path:", L"Vollst\u00e4ndiger Dateipfad:"},
+    {L"Button_Browse.Caption", L"Browse...", L"Durchsuchen..."},
+    {L"Label_ExactName.Caption", L"Program's exact name:", L"Genauer Programmname:"},
+    {L"Button_Serach.Caption", L"Search", L"Suchen"},
+    {L"ListView_Search.Columns[0].Caption", L"Display Name", L"Anzeigename"},
+    {L"ListView_Search.Columns[1].Caption", L"Size", L"Gr\u00f6\u00dfe"},
+    {L"ListView_Search.Columns[2].Caption", L"Install Date", L"Installationsdatum"},
+    {L"Label_DragInfo.Caption",
+     L"You can browse or drag and drop a file here to delete a file or uninstall the file "
+     L"related program. ",
+     L"Sie k\u00f6nnen hier eine Datei ausw\u00e4hlen oder ablegen, um die Datei zu l\u00f6schen "
+     L"oder das zugeh\u00f6rige Programm zu deinstallieren. "},
+    {L"Label_NextInfo.Caption",
+     L" After you press the \"Next\" button, Varnel Uninstaller will perform the forced "
+     L"uninstall thoroughly.",
+     L" Nach einem Klick auf \"Weiter\" f\u00fchrt Varnel Uninstaller die erzwungene "
+     L"Deinstallation gr\u00fcndlich aus."},
+    {L"Button_Uninstall.Caption", L"Next>", L"Weiter>"},
+    {L"Button_Cancel.Caption", L"Cancel", L"Abbrechen"},
+    {L"PM_FU_Uninstall.Caption", L"Uninstall", L"Deinstallieren"},
+    {L"PM_FU_OpenFolder.Caption", L"Open Folder", L"Ordner \u00f6ffnen"},
+    {L"PM_FU_ViewEntry.Caption", L"View Entry", L"Eintrag anzeigen"},
+};
+
+constexpr TCatalogText kForceUninstallMessages[] = {
+    {L"M_SelectAgain", L"Invalid path. Please select again!",
+     L"Ung\u00fcltiger Pfad. Bitte erneut ausw\u00e4hlen!"},
+    {L"M_Unknown", L"Unknown", L"Unbekannt"},
 };
 
 constexpr TCatalogText kPowerScan[] = {
@@ -156,6 +186,7 @@ constexpr TCatalogSection kSections[] = {
     {L"Uninstalling_Form", kUninstalling},
     {L"Uninstalling_Form_M", kUninstallingMessages},
     {L"ForceUninstall_Form", kForceUninstall},
+    {L"ForceUninstall_Form_M", kForceUninstallMessages},
     {L"PowerScan_Form", kPowerScan},
     {L"LogManager_Form", kLogManager},
     {L"LogManager_Form_M", kLogManagerMessages},

@@ -3,8 +3,8 @@
 #include <array>
 
 #include "core/app_frame.h"
-#include "core/reboot_file_ops.h"
 #include "core/text.h"
+#include "uninstall/addon_removal.h"
 #include "platform/shell.h"
 
 namespace varnel {
@@ -44,14 +44,16 @@ TUninstallRun TUninstallRunner::RunUninstaller(const TSoftList& list, int index,
   const TSoftInfo& record = *list[index];
   run.index = index;
 
-  // An add-on folded into a program is removed by its manifest alone: the
-  // browser drops it at its next start, and the program's own uninstaller
-  // must not run for it.
-  if (IsBrowserAddon(record)) {
-    if (!platform_.files.RemoveFile(record.ToolbarFile)) {
-      ScheduleFileOnReboot(platform_, record.ToolbarFile, L"", RebootMode::Delete);
+  // An add-on's files stand in for its uninstaller; one folded into a
+  // program is removed by its manifest alone, since the browser drops it at
+  // its next start and the program's own uninstaller must not run for it.
+  if (const AddonRemoval removal = RemoveBrowserAddon(platform_, record); removal.handled) {
+    run.addonRemoved = removal.removed;
+    run.removeInBrowser = removal.inBrowser;
+    if (!removal.inBrowser.empty()) {
+      run.name = record.Name;
+      if (showCaption_) showCaption_(caption + L" " + run.name);
     }
-    run.addonRemoved = true;
     return run;
   }
 

@@ -17,7 +17,10 @@ struct TUninstallRun {
   std::wstring name;     // the record's display name; empty when nothing was run
   std::wstring command;  // the command started, after path-macro expansion
   bool started = false;
-  bool addonRemoved = false;  // a browser add-on's manifest was deleted instead
+  bool addonRemoved = false;  // a browser add-on's files were deleted instead
+  // The browser in which the add-on must be removed: it installed the
+  // add-on itself, so its files were left alone. `name` is set.
+  std::wstring removeInBrowser;
   bool waitAbandoned = false; // the job could not be asked, or a stop ended the wait
   std::optional<std::uint32_t> exitCode;
 };

@@ -114,7 +114,10 @@ void TUninstallSequence::UninstallPrograms(std::vector<std::wstring>& lines) {
     TUninstallRun run =
         runner.RunUninstaller(list, index, view_.Caption(StepLine::Uninstalling), command);
     run.index = index;
-    AppendLogBlock(lines, run.name, texts_.StandardUninstall);
+    AppendLogBlock(lines, run.name,
+                   run.removeInBrowser.empty()
+                       ? texts_.StandardUninstall
+                       : text::ReplaceAll(texts_.RemoveInBrowser, L"%s", run.removeInBrowser));
     runs_.push_back(std::move(run));
   }
   view_.SetCaption(StepLine::Uninstalling, texts_.UninstallFinish);

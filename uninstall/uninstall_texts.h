@@ -18,6 +18,7 @@ struct TUninstallTexts {
   std::wstring Operation = L"Operation";
   std::wstring DateTime = L"Date";
   std::wstring ForcedUninstall = L"Forced Uninstall";
+  std::wstring RemoveInBrowser = L"To be removed in %s";  // %s: the browser
 };
 
 }  // namespace varnel

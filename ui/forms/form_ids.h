@@ -1,7 +1,7 @@
 #pragma once
 
-// Control ids of the uninstalling and log manager windows; the GUI tests
-// drive them by these.
+// Control ids of the uninstalling, log manager and forced-uninstall windows;
+// the GUI tests drive them by these.
 namespace varnel::forms {
 
 namespace UninstallingId {
@@ -31,5 +31,24 @@ constexpr int Delete = 111;
 constexpr int DeleteAll = 112;
 constexpr int Cancel = 113;
 }  // namespace LogManagerId
+
+namespace ForceUninstallId {
+constexpr int Title = 100;
+constexpr int SubTitle = 101;
+constexpr int FilePath = 102;
+constexpr int FilePathLabel = 103;
+constexpr int Browse = 104;
+constexpr int NameLabel = 105;
+constexpr int Name = 106;
+constexpr int Search = 107;
+constexpr int List = 108;
+constexpr int DragInfo = 109;
+constexpr int NextInfo = 110;
+constexpr int Next = 111;
+constexpr int Cancel = 112;
+constexpr int MenuUninstall = 120;
+constexpr int MenuOpenFolder = 121;
+constexpr int MenuViewEntry = 122;
+}  // namespace ForceUninstallId
 
 }  // namespace varnel::forms

@@ -17,6 +17,7 @@
 #include "core/registry_editor.h"
 #include "core/text.h"
 #include "core/text_file.h"
+#include "ui/forms/force_uninstall_form.h"
 #include "ui/forms/main_form_ids.h"
 #include "ui/forms/private_messages.h"
 #include "ui/forms/log_manager_form.h"
@@ -621,9 +622,16 @@ void TUninstallForm_Main::RestorePointClick() {
 }
 
 void TUninstallForm_Main::OpenForcedUninstall(const std::wstring& file) {
-  const auto target = ForcedUninstallTarget(app_.Machine(), file);
-  if (!target || !force_) return;
-  force_->SetFile(*target);
+  if (!force_) return;
+  std::wstring target;
+  if (!file.empty()) {
+    const auto found = ForcedUninstallTarget(app_.Machine(), file);
+    if (!found) return;
+    target = *found;
+  }
+  force_->SetSoftware(inventory_ ? &inventory_->Items() : nullptr, small_.Handle(),
+                      [this] { RefreshClick(); });
+  force_->SetFile(target);
   force_->CenterOver(hwnd_);
   force_->ShowModeless();
 }
@@ -650,11 +658,7 @@ void TUninstallForm_Main::OnCommand(int id, int code, HWND) {
       BatchClick();
       return;
     case MainId::ForceUninstall:
-      if (force_) {
-        force_->SetFile(L"");
-        force_->CenterOver(hwnd_);
-        force_->ShowModeless();
-      }
+      OpenForcedUninstall(L"");
       return;
     case MainId::More: {
       RECT r = more_.Bounds();

@@ -72,11 +72,6 @@ LRESULT TShellForm::HandleMessage(UINT message, WPARAM wParam, LPARAM lParam) {
   return Form::HandleMessage(message, wParam, lParam);
 }
 
-TForceUninstall_Form::TForceUninstall_Form(TApplication& app, HWND owner)
-    : TShellForm(app, L"ForceUninstall_Form", L"Label_File", owner) {}
-
-void TForceUninstall_Form::SetFile(const std::wstring& file) { SetDetail(file); }
-
 TPowerScan_Form::TPowerScan_Form(TApplication& app, HWND owner)
     : TShellForm(app, L"PowerScan_Form", L"Label_Results", owner) {}
 

@@ -14,8 +14,7 @@
 namespace varnel::forms {
 
 // A plain window of the program with a caption line, a list of lines and a
-// Close button; the forced-uninstall and results windows are built on it
-// until their own work arrives.
+// Close button; the results window is built on it until its own work arrives.
 class TShellForm : public Form {
  public:
   // `formName` is the layout name ("Uninstalling_Form"), the class is "T" + it.
@@ -40,13 +39,6 @@ class TShellForm : public Form {
   HWND close_ = nullptr;
   controls::UniqueFont font_;
   std::unique_ptr<TFormTexts> texts_;
-};
-
-// Opened for a file (a drop, the shell's context menu) or empty.
-class TForceUninstall_Form : public TShellForm {
- public:
-  TForceUninstall_Form(TApplication& app, HWND owner);
-  void SetFile(const std::wstring& file);
 };
 
 // The leftovers found, one line each, until the results window has its own work.

@@ -148,6 +148,7 @@ TUninstallTexts TUninstalling_Form::LoadTexts() {
   texts.Operation = m(L"M_Operation");
   texts.DateTime = m(L"M_DateTime");
   texts.ForcedUninstall = m(L"M_ForcedUninstall");
+  texts.RemoveInBrowser = m(L"M_RemoveInBrowser");
   return texts;
 }
 
