@@ -8,6 +8,7 @@ struct MemoryFileSystem::Node {
   std::wstring shortName;
   std::uint32_t attributes = FileAttr::Directory;
   std::vector<std::uint8_t> data;
+  std::wstring linkTarget;  // a junction's target; the node itself holds nothing
   FileTime creation = 0, lastAccess = 0, lastWrite = 0;
   std::map<std::wstring, std::unique_ptr<Node>> children;  // by upper-cased name
 
@@ -125,6 +126,34 @@ FsNode* Child(FsNode& dir, const std::wstring& name) {
   return nullptr;
 }
 
+// Windows gives up after this many links on one path; a loop ends here too.
+constexpr int kMaxLinkHops = 63;
+
+// The node `parts` name; links on the way are followed, the last one only
+// when `followLast`. Null when a part is missing or links go round.
+FsNode* Walk(FsNode& root, const std::vector<std::wstring>& parts, bool followLast, int& hops) {
+  FsNode* node = &root;
+  for (std::size_t i = 0; i < parts.size(); ++i) {
+    if (!node->IsDirectory()) return nullptr;
+    node = Child(*node, parts[i]);
+    if (!node) return nullptr;
+    if (!node->linkTarget.empty() && (i + 1 < parts.size() || followLast)) {
+      const auto target = ParsePath(node->linkTarget, false);
+      if (!target || ++hops > kMaxLinkHops) return nullptr;
+      node = Walk(root, *target, true, hops);
+      if (!node) return nullptr;
+    }
+  }
+  return node;
+}
+
+FsNode* Enter(FsNode& root, FsNode* node) {
+  if (!node || node->linkTarget.empty()) return node;
+  const auto target = ParsePath(node->linkTarget, false);
+  int hops = 1;
+  return target ? Walk(root, *target, true, hops) : nullptr;
+}
+
 }  // namespace
 
 MemoryFileSystem::MemoryFileSystem(FaultSwitches& faults)
@@ -135,13 +164,8 @@ MemoryFileSystem::~MemoryFileSystem() = default;
 FsNode* MemoryFileSystem::Find(std::wstring_view path) {
   auto parts = ParsePath(path, false);
   if (!parts) return nullptr;
-  FsNode* node = root_.get();
-  for (const auto& part : *parts) {
-    if (!node->IsDirectory()) return nullptr;
-    node = Child(*node, part);
-    if (!node) return nullptr;
-  }
-  return node;
+  int hops = 0;
+  return Walk(*root_, *parts, false, hops);
 }
 
 std::optional<MemoryFileSystem::Place> MemoryFileSystem::Split(std::wstring_view path,
@@ -154,7 +178,7 @@ std::optional<MemoryFileSystem::Place> MemoryFileSystem::Split(std::wstring_view
   place.atDriveRoot = parts->size() == 1;
   FsNode* dir = root_.get();
   for (const auto& part : *parts) {
-    dir = dir->IsDirectory() ? Child(*dir, part) : nullptr;
+    dir = dir->IsDirectory() ? Enter(*root_, Child(*dir, part)) : nullptr;
     if (!dir) return std::nullopt;
     place.chain.push_back(dir);
   }
@@ -328,7 +352,8 @@ std::wstring MemoryFileSystem::SpelledPath(std::wstring_view path, bool shortNam
   FsNode* node = root_.get();
   std::wstring result;
   for (const auto& part : *parts) {
-    node = node->IsDirectory() ? Child(*node, part) : nullptr;
+    node = Enter(*root_, node);
+    node = node && node->IsDirectory() ? Child(*node, part) : nullptr;
     if (!node) return {};
     if (!result.empty()) result += L'\\';
     if (shortNames && !node->shortName.empty())
@@ -366,24 +391,29 @@ void MemoryFileSystem::AddFolder(std::wstring_view path) {
     FsNode* child = Child(*node, part);
     if (!child) child = &AddChild(*node, part, FileAttr::Directory);
     if (!child->IsDirectory()) return;
-    node = child;
+    node = Enter(*root_, child);
+    if (!node) return;
   }
 }
 
-void MemoryFileSystem::AddFile(std::wstring_view path, std::string_view content,
-                               std::uint32_t attributes) {
+std::optional<MemoryFileSystem::Place> MemoryFileSystem::WithParents(std::wstring_view path) {
   auto parts = ParsePath(path, false);
-  if (!parts || parts->size() < 2) return;
+  if (!parts || parts->size() < 2) return std::nullopt;
   const std::wstring name = parts->back();
   parts->pop_back();
   std::wstring folder;
   for (const auto& part : *parts) folder += part + L"\\";
   AddFolder(folder);
-  const auto where = Split(folder + name, false);
+  return Split(folder + name, false);
+}
+
+void MemoryFileSystem::AddFile(std::wstring_view path, std::string_view content,
+                               std::uint32_t attributes) {
+  const auto where = WithParents(path);
   if (!where) return;
-  where->folder->children.erase(text::Upper(name));
+  where->folder->children.erase(text::Upper(where->name));
   attributes &= ~FileAttr::Directory;
-  FsNode& node = AddChild(*where->folder, name, attributes ? attributes : FileAttr::Normal);
+  FsNode& node = AddChild(*where->folder, where->name, attributes ? attributes : FileAttr::Normal);
   node.data.assign(content.begin(), content.end());
 }
 
@@ -394,6 +424,13 @@ void MemoryFileSystem::SetTimes(std::wstring_view path, FileTime creation, FileT
     node->lastAccess = lastAccess;
     node->lastWrite = lastWrite;
   }
+}
+
+void MemoryFileSystem::AddLink(std::wstring_view path, std::wstring_view target) {
+  const auto where = WithParents(path);
+  if (!where || Child(*where->folder, where->name)) return;
+  AddChild(*where->folder, where->name, FileAttr::Directory | FileAttr::ReparsePoint).linkTarget =
+      target;
 }
 
 void MemoryFileSystem::SetShortName(std::wstring_view path, std::wstring_view shortName) {

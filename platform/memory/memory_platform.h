@@ -103,6 +103,11 @@ class MemoryFileSystem final : public IFileSystem {
   void AddFile(std::wstring_view path, std::string_view content = {},
                std::uint32_t attributes = FileAttr::Archive);
   void SetTimes(std::wstring_view path, FileTime creation, FileTime lastAccess, FileTime lastWrite);
+  // A junction at `path` (parents made) to the folder `target`: it reports
+  // FileAttr::ReparsePoint, paths through it reach the target's entries,
+  // RemoveFolder removes the link alone, and a link to missing place or a
+  // loop of links reads as missing beyond it.
+  void AddLink(std::wstring_view path, std::wstring_view target);
   // Gives an entry an 8.3 alias that ShortPathName and FindEntries report.
   void SetShortName(std::wstring_view path, std::wstring_view shortName);
 
@@ -131,6 +136,8 @@ class MemoryFileSystem final : public IFileSystem {
     std::vector<Node*> chain;  // the folders from the drive down to `folder`
   };
   std::optional<Place> Split(std::wstring_view path, bool lastMayWildcard);
+  // Split for a set-up entry, its missing parent folders made first.
+  std::optional<Place> WithParents(std::wstring_view path);
   Node& AddChild(Node& folder, const std::wstring& name, std::uint32_t attributes);
   // The path as stored, with long or (where there is one) short names.
   std::wstring SpelledPath(std::wstring_view path, bool shortNames);
