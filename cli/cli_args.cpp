@@ -104,6 +104,24 @@ std::optional<ParsedCommand> ParseLogs(const std::vector<std::wstring>& args,
   return parsed;
 }
 
+std::optional<ParsedCommand> ParseRestore(const std::vector<std::wstring>& args,
+                                          ParsedCommand& parsed, std::wstring& error) {
+  RestoreOptions& options = parsed.restore;
+  for (const std::wstring& arg : std::span(args).subspan(1)) {
+    if (SetFlag(arg, {{L"--json", &options.json}})) continue;
+    if (arg.starts_with(L"-") || !options.id.empty()) {
+      error = UnknownOption(arg, L"restore");
+      return std::nullopt;
+    }
+    options.id = arg;
+  }
+  if (options.id.empty()) {
+    error = L"\"restore\" needs a backup's id or \"latest\"";
+    return std::nullopt;
+  }
+  return parsed;
+}
+
 }  // namespace
 
 std::optional<ParsedCommand> ParseArguments(const std::vector<std::wstring>& args,
@@ -118,6 +136,16 @@ std::optional<ParsedCommand> ParseArguments(const std::vector<std::wstring>& arg
   if (parsed.command == L"scan") return ParseScan(args, parsed, error);
   if (parsed.command == L"uninstall") return ParseUninstall(args, parsed, error);
   if (parsed.command == L"logs") return ParseLogs(args, parsed, error);
+  if (parsed.command == L"restore") return ParseRestore(args, parsed, error);
+  if (parsed.command == L"backups") {
+    for (const std::wstring& arg : std::span(args).subspan(1)) {
+      if (!SetFlag(arg, {{L"--json", &parsed.backups.json}})) {
+        error = UnknownOption(arg, L"backups");
+        return std::nullopt;
+      }
+    }
+    return parsed;
+  }
   if (parsed.command == L"extensions") {
     for (const std::wstring& arg : std::span(args).subspan(1)) {
       if (!SetFlag(arg, {{L"--json", &parsed.extensions.json}})) {
@@ -145,6 +173,8 @@ std::wstring UsageText() {
          L"       varnel-cli scan <name|index> [--json] [--record FILE]\n"
          L"       varnel-cli uninstall <name|index>... [--quiet] [--json] [--restore-point]\n"
          L"       varnel-cli logs [--json] | logs --show NAME\n"
+         L"       varnel-cli backups [--json]\n"
+         L"       varnel-cli restore <id|latest> [--json]\n"
          L"       varnel-cli extensions [--json]\n"
          L"\n"
          L"  list      the installed programs, one line each\n"
@@ -167,6 +197,12 @@ std::wstring UsageText() {
          L"  --restore-point  make a system restore point first\n"
          L"\n"
          L"  logs      the uninstall log files; --json as an array; --show NAME prints one\n"
+         L"\n"
+         L"  backups   what each deletion run saved before deleting, newest first, with the\n"
+         L"            room it takes; --json as an array\n"
+         L"  restore   puts back the keys, values, files and folders of one backup (by its\n"
+         L"            id, or the newest with \"latest\"); nothing that is there now is\n"
+         L"            written over; --json as one object\n"
          L"\n"
          L"  extensions  every extension of every browser profile (Firefox, Chrome, Edge,\n"
          L"            Brave, Vivaldi, Opera), toolbar or not; --json as an array\n"

@@ -37,16 +37,28 @@ struct LogsOptions {
   std::wstring show;  // the one log to print
 };
 
+struct BackupsOptions {
+  bool json = false;
+};
+
+struct RestoreOptions {
+  std::wstring id;  // a backup's id, or "latest"
+  bool json = false;
+};
+
 struct ExtensionsOptions {
   bool json = false;
 };
 
 struct ParsedCommand {
-  std::wstring command;  // "list", "scan", "uninstall", "logs" or "extensions"
+  // "list", "scan", "uninstall", "logs", "backups", "restore" or "extensions"
+  std::wstring command;
   ListOptions list;
   ScanOptions scan;
   UninstallOptions uninstall;
   LogsOptions logs;
+  BackupsOptions backups;
+  RestoreOptions restore;
   ExtensionsOptions extensions;
 };
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <nlohmann/json.hpp>
 
+#include "cli/backups_command.h"
 #include "cli/extensions_command.h"
 #include "cli/json_output.h"
 #include "cli/logs_command.h"
@@ -115,6 +116,8 @@ int RunCli(const Platform& platform, const std::vector<std::wstring>& args, std:
   if (parsed->command == L"uninstall")
     return RunUninstall(platform, parsed->uninstall, out, err, progress);
   if (parsed->command == L"logs") return RunLogs(platform, parsed->logs, out, err);
+  if (parsed->command == L"backups") return RunBackups(platform, parsed->backups, out, err);
+  if (parsed->command == L"restore") return RunRestore(platform, parsed->restore, out, err);
   if (parsed->command == L"extensions")
     return RunExtensions(platform, parsed->extensions, out, err);
   return RunList(platform, parsed->list, out, err);
