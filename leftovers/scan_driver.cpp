@@ -79,7 +79,11 @@ ScanFindings TScanDriver::Collect(const TSoftList& list, int index, const std::w
 int TScanDriver::ScanProgram(const TSoftList& list, const IImageList* listImages, int index,
                              IResultsTree& tree, const std::wstring& filePath,
                              IImageList* treeImages) {
-  auto found = Collect(list, index, filePath, treeImages);
+  return AddBranch(Collect(list, index, filePath, treeImages), listImages, tree, treeImages);
+}
+
+int TScanDriver::AddBranch(const ScanFindings& found, const IImageList* listImages,
+                           IResultsTree& tree, IImageList* treeImages) {
   const int count = found.Count();
   if (count <= 0) return 0;
   const auto& record = found.Record;

@@ -40,6 +40,9 @@ class TScanDriver {
   // `listImages` are the software list's icons (may be null).
   int ScanProgram(const TSoftList& list, const IImageList* listImages, int index,
                   IResultsTree& tree, const std::wstring& filePath, IImageList* treeImages);
+  // The branch of findings already collected; the same return as ScanProgram.
+  int AddBranch(const ScanFindings& found, const IImageList* listImages, IResultsTree& tree,
+                IImageList* treeImages);
 
   // For the Stop button: the running scan leaves at its next item.
   void Stop();
