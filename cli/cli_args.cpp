@@ -104,6 +104,19 @@ std::optional<ParsedCommand> ParseLogs(const std::vector<std::wstring>& args,
   return parsed;
 }
 
+// A command whose one option is --json.
+std::optional<ParsedCommand> ParseJsonOnly(const std::vector<std::wstring>& args,
+                                           ParsedCommand& parsed, bool& json,
+                                           std::wstring& error) {
+  for (const std::wstring& arg : std::span(args).subspan(1)) {
+    if (!SetFlag(arg, {{L"--json", &json}})) {
+      error = UnknownOption(arg, parsed.command);
+      return std::nullopt;
+    }
+  }
+  return parsed;
+}
+
 std::optional<ParsedCommand> ParseRestore(const std::vector<std::wstring>& args,
                                           ParsedCommand& parsed, std::wstring& error) {
   RestoreOptions& options = parsed.restore;
@@ -137,24 +150,9 @@ std::optional<ParsedCommand> ParseArguments(const std::vector<std::wstring>& arg
   if (parsed.command == L"uninstall") return ParseUninstall(args, parsed, error);
   if (parsed.command == L"logs") return ParseLogs(args, parsed, error);
   if (parsed.command == L"restore") return ParseRestore(args, parsed, error);
-  if (parsed.command == L"backups") {
-    for (const std::wstring& arg : std::span(args).subspan(1)) {
-      if (!SetFlag(arg, {{L"--json", &parsed.backups.json}})) {
-        error = UnknownOption(arg, L"backups");
-        return std::nullopt;
-      }
-    }
-    return parsed;
-  }
-  if (parsed.command == L"extensions") {
-    for (const std::wstring& arg : std::span(args).subspan(1)) {
-      if (!SetFlag(arg, {{L"--json", &parsed.extensions.json}})) {
-        error = UnknownOption(arg, L"extensions");
-        return std::nullopt;
-      }
-    }
-    return parsed;
-  }
+  if (parsed.command == L"backups") return ParseJsonOnly(args, parsed, parsed.backups.json, error);
+  if (parsed.command == L"extensions")
+    return ParseJsonOnly(args, parsed, parsed.extensions.json, error);
   if (parsed.command != L"list") {
     error = L"unknown command \"" + parsed.command + L"\"";
     return std::nullopt;
