@@ -14,7 +14,7 @@
 #include "ui/forms/force_uninstall_form.h"
 #include "ui/forms/main_form.h"
 #include "ui/forms/log_manager_form.h"
-#include "ui/forms/shell_forms.h"
+#include "ui/forms/powerscan_form.h"
 #include "ui/forms/uninstalling_form.h"
 
 namespace {

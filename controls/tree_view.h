@@ -6,65 +6,79 @@
 
 #include <string_view>
 
-#include "controls/handles.h"
 #include "controls/window.h"
 
 namespace varnel::controls {
 
-enum class CheckState { Unchecked = 1, Checked = 2, Partial = 3 };
-
-// A tree whose nodes carry three-state check boxes (the results window's).
+// A tree whose nodes carry a state image (the results window's check boxes:
+// the index into the state image list, 0 for none).
 class TreeView : public Window {
  public:
   using Window::Window;
 
-  // Gives the tree a state image list of unchecked, checked and partly
-  // checked boxes drawn by the theme-less frame painter at `size` pixels.
-  void EnableThreeStateChecks(int size);
-
-  HTREEITEM Insert(HTREEITEM parent, std::wstring_view text, LPARAM param,
-                   CheckState state = CheckState::Checked) {
+  void SetImageList(HIMAGELIST list, int which) {
+    SendMessageW(hwnd_, TVM_SETIMAGELIST, static_cast<WPARAM>(which),
+                 reinterpret_cast<LPARAM>(list));
+  }
+  HTREEITEM Insert(HTREEITEM parent, std::wstring_view text, int image, int state,
+                   LPARAM param) {
     std::wstring buffer(text);
     TVINSERTSTRUCTW insert{};
     insert.hParent = parent;
     insert.hInsertAfter = TVI_LAST;
-    insert.item.mask = TVIF_TEXT | TVIF_PARAM | TVIF_STATE;
+    insert.item.mask = TVIF_TEXT | TVIF_PARAM | TVIF_STATE | TVIF_IMAGE | TVIF_SELECTEDIMAGE;
     insert.item.pszText = buffer.data();
     insert.item.lParam = param;
+    insert.item.iImage = insert.item.iSelectedImage = image < 0 ? I_IMAGENONE : image;
     insert.item.stateMask = TVIS_STATEIMAGEMASK;
-    insert.item.state = INDEXTOSTATEIMAGEMASK(static_cast<int>(state));
+    insert.item.state = INDEXTOSTATEIMAGEMASK(state);
     return reinterpret_cast<HTREEITEM>(
         SendMessageW(hwnd_, TVM_INSERTITEMW, 0, reinterpret_cast<LPARAM>(&insert)));
   }
-  void SetCheck(HTREEITEM node, CheckState state) {
+  void SetState(HTREEITEM node, int state) {
     TVITEMW item{};
     item.mask = TVIF_STATE | TVIF_HANDLE;
     item.hItem = node;
     item.stateMask = TVIS_STATEIMAGEMASK;
-    item.state = INDEXTOSTATEIMAGEMASK(static_cast<int>(state));
+    item.state = INDEXTOSTATEIMAGEMASK(state);
     SendMessageW(hwnd_, TVM_SETITEMW, 0, reinterpret_cast<LPARAM>(&item));
   }
-  CheckState Check(HTREEITEM node) const {
-    const UINT state = static_cast<UINT>(SendMessageW(
-        hwnd_, TVM_GETITEMSTATE, reinterpret_cast<WPARAM>(node), TVIS_STATEIMAGEMASK));
-    const UINT index = state >> 12;
-    return index >= 1 && index <= 3 ? static_cast<CheckState>(index) : CheckState::Unchecked;
+  int State(HTREEITEM node) const {
+    return static_cast<int>(SendMessageW(hwnd_, TVM_GETITEMSTATE, reinterpret_cast<WPARAM>(node),
+                                         TVIS_STATEIMAGEMASK) >> 12);
   }
-  HTREEITEM Child(HTREEITEM node) const { return Next(node, TVGN_CHILD); }
-  HTREEITEM Sibling(HTREEITEM node) const { return Next(node, TVGN_NEXT); }
-  HTREEITEM Parent(HTREEITEM node) const { return Next(node, TVGN_PARENT); }
+  LPARAM Param(HTREEITEM node) const {
+    TVITEMW item{};
+    item.mask = TVIF_PARAM | TVIF_HANDLE;
+    item.hItem = node;
+    return SendMessageW(hwnd_, TVM_GETITEMW, 0, reinterpret_cast<LPARAM>(&item)) ? item.lParam
+                                                                                  : -1;
+  }
+  // The node under a point of the tree's client area, and whether the point
+  // lies on its state image.
+  HTREEITEM HitTest(POINT at, bool& onStateImage) const {
+    TVHITTESTINFO hit{};
+    hit.pt = at;
+    auto node = reinterpret_cast<HTREEITEM>(
+        SendMessageW(hwnd_, TVM_HITTEST, 0, reinterpret_cast<LPARAM>(&hit)));
+    onStateImage = node && (hit.flags & TVHT_ONITEMSTATEICON) != 0;
+    return node;
+  }
+  HTREEITEM Root() const { return Next(nullptr, TVGN_ROOT); }
+  HTREEITEM Selected() const { return Next(nullptr, TVGN_CARET); }
+  void Select(HTREEITEM node) {
+    SendMessageW(hwnd_, TVM_SELECTITEM, TVGN_CARET, reinterpret_cast<LPARAM>(node));
+  }
+  void Expand(HTREEITEM node) {
+    SendMessageW(hwnd_, TVM_EXPAND, TVE_EXPAND, reinterpret_cast<LPARAM>(node));
+  }
   void Clear() { SendMessageW(hwnd_, TVM_DELETEITEM, 0, reinterpret_cast<LPARAM>(TVI_ROOT)); }
-
-  // Sets a node and its whole subtree, then brings each ancestor to checked,
-  // unchecked or partial after its children.
-  void CheckCascade(HTREEITEM node, CheckState state);
 
  private:
   HTREEITEM Next(HTREEITEM node, UINT how) const {
     return reinterpret_cast<HTREEITEM>(
         SendMessageW(hwnd_, TVM_GETNEXTITEM, how, reinterpret_cast<LPARAM>(node)));
   }
-  UniqueImageList states_;
 };
 
 }  // namespace varnel::controls

@@ -154,10 +154,24 @@ constexpr TCatalogText kForceUninstallMessages[] = {
 };
 
 constexpr TCatalogText kPowerScan[] = {
-    {L"PowerScan_Form.Caption", L"Leftovers", L"Reste"},
-    {L"Label_Results.Caption", L"What the uninstaller left behind:",
-     L"Was das Deinstallationsprogramm zur\u00fcckgelassen hat:"},
-    {L"Button_Close.Caption", L"Close", L"Schlie\u00dfen"},
+    {L"PowerScan_Form.Caption", L"Powerful Scan", L"Gr\u00fcndliche Suche"},
+    {L"Label_UninstallScanTitle.Caption", L"Found leftover items. Please select to delete.",
+     L"Reste gefunden. Bitte w\u00e4hlen Sie aus, was gel\u00f6scht werden soll."},
+    {L"Button_Delete.Caption", L"Delete", L"L\u00f6schen"},
+    {L"Button_Cancel.Caption", L"Cancel", L"Abbrechen"},
+    {L"Button_SelectAll.Caption", L"Select All", L"Alle ausw\u00e4hlen"},
+};
+
+constexpr TCatalogText kPowerScanMessages[] = {
+    {L"M_SureDeleteItems", L"Are you sure you want to delete the selected items?",
+     L"M\u00f6chten Sie die ausgew\u00e4hlten Eintr\u00e4ge wirklich l\u00f6schen?"},
+    {L"M_Deleting", L"Deleting", L"L\u00f6sche"},
+    {L"M_DeleteFinish", L"Delete finished.", L"L\u00f6schen abgeschlossen."},
+    {L"M_SelectAll", L"Select All", L"Alle ausw\u00e4hlen"},
+    {L"M_DeselectAll", L"Deselect All", L"Alle abw\u00e4hlen"},
+    {L"M_Option", L"Operation", L"Vorgang"},
+    {L"M_PowerfulScan", L"Powerful Scan", L"Gr\u00fcndliche Suche"},
+    {L"M_DateTime", L"Date", L"Datum"},
 };
 
 constexpr TCatalogText kLogManager[] = {
@@ -188,6 +202,7 @@ constexpr TCatalogSection kSections[] = {
     {L"ForceUninstall_Form", kForceUninstall},
     {L"ForceUninstall_Form_M", kForceUninstallMessages},
     {L"PowerScan_Form", kPowerScan},
+    {L"PowerScan_Form_M", kPowerScanMessages},
     {L"LogManager_Form", kLogManager},
     {L"LogManager_Form_M", kLogManagerMessages},
 };

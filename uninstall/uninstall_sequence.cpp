@@ -142,6 +142,22 @@ void TUninstallSequence::AppendLogBlock(std::vector<std::wstring>& lines, const 
   lines.emplace_back();
 }
 
+std::vector<std::wstring> TUninstallSequence::OtherProgramFolders() const {
+  std::vector<std::wstring> folders;
+  if (!software_) return folders;
+  std::vector<bool> job(software_->size(), false);
+  for (const std::wstring& entry : jobs_) {
+    const int index = mode_ == JobMode::Uninstall ? ParseJobIndex(entry) : -1;
+    if (index >= 0 && index < static_cast<int>(job.size())) job[static_cast<std::size_t>(index)] = true;
+  }
+  for (std::size_t i = 0; i < software_->size(); ++i) {
+    const auto& record = (*software_)[i];
+    if (!job[i] && record && !record->InstallLocation.empty())
+      folders.push_back(record->InstallLocation);
+  }
+  return folders;
+}
+
 int TUninstallSequence::Scan(TScanDriver& driver, const IImageList* listImages, IResultsTree& tree,
                              IImageList* treeImages) {
   static const TSoftList kNoSoftware;

@@ -70,6 +70,10 @@ class TUninstallSequence {
   int Scan(TScanDriver& driver, const IImageList* listImages, IResultsTree& tree,
            IImageList* treeImages);
 
+  // The install folders of every listed program but the jobs' own: the
+  // places a deletion of the jobs' leftovers must leave alone.
+  std::vector<std::wstring> OtherProgramFolders() const;
+
   // What each program's run did, in job order; for the console tool.
   const std::vector<TUninstallRun>& Runs() const { return runs_; }
   // The day's log file the run wrote to; empty when nothing was written.

@@ -131,21 +131,25 @@ bool ShowsText(HWND window, const std::wstring& text) {
   return false;
 }
 
-std::vector<std::wstring> ListBoxLines(HWND box) {
-  std::vector<std::wstring> lines;
-  DWORD_PTR count = 0;
-  SendMessageTimeoutW(box, LB_GETCOUNT, 0, 0, SMTO_NORMAL, 10000, &count);
-  for (DWORD_PTR i = 0; i < count; ++i) {
-    wchar_t line[1024] = {};
-    DWORD_PTR length = 0;
-    SendMessageTimeoutW(box, LB_GETTEXTLEN, i, 0, SMTO_NORMAL, 10000, &length);
-    if (length >= 1024) return {};
-    // The system carries the text across the process boundary for list boxes.
-    SendMessageTimeoutW(box, LB_GETTEXT, i, reinterpret_cast<LPARAM>(line), SMTO_NORMAL, 10000,
-                        nullptr);
-    lines.emplace_back(line);
+// The check states of a tree's nodes, in tree order (state image indexes).
+std::vector<int> TreeStates(HWND tree) {
+  std::vector<int> states;
+  auto next = [&](HTREEITEM item, UINT how) {
+    return reinterpret_cast<HTREEITEM>(
+        SendMessageW(tree, TVM_GETNEXTITEM, how, reinterpret_cast<LPARAM>(item)));
+  };
+  std::vector<HTREEITEM> stack{next(nullptr, TVGN_ROOT)};
+  while (!stack.empty()) {
+    HTREEITEM item = stack.back();
+    stack.pop_back();
+    if (!item) continue;
+    states.push_back(static_cast<int>(SendMessageW(tree, TVM_GETITEMSTATE,
+                                                   reinterpret_cast<WPARAM>(item),
+                                                   TVIS_STATEIMAGEMASK) >> 12));
+    stack.push_back(next(item, TVGN_NEXT));
+    stack.push_back(next(item, TVGN_CHILD));
   }
-  return lines;
+  return states;
 }
 
 // The sample installers gui_test.sh copied into the prefix.
@@ -751,9 +755,11 @@ TEST_F(Gui, BatchUninstallRunsTheCheckedProgramsOneAfterAnotherInOneSequence) {
   EXPECT_EQ(blocks, 2u);
 }
 
-// The saved choice preselects Advanced: no notice, and Powerful Scan shows the
-// program's leftovers in the results window (their content: scan_e2e).
-TEST_F(Gui, AdvancedModeOffersPowerfulScanIntoTheResultsWindow) {
+// The saved choice preselects Advanced: no notice; Powerful Scan shows the
+// program's leftovers with unchecked boxes; Select All and Delete remove
+// them (the desktop shortcut and the settings key the uninstaller forgets)
+// and the day's log gets their block.
+TEST_F(Gui, AdvancedModeScansAndDeletesTheLeftoversTheUserChecks) {
   const std::wstring choice = AppDataFolder() + L"\\Varnel\\Varnel Uninstaller\\Select.ini";
   std::ofstream(text::ToUtf8(choice).c_str()) << "[Main]\r\nAdvanced=1\r\n";
   ASSERT_TRUE(Install(kSketchpad));
@@ -773,6 +779,19 @@ TEST_F(Gui, AdvancedModeOffersPowerfulScanIntoTheResultsWindow) {
   EXPECT_EQ(run.clicks, 1);
   EXPECT_EQ(app.DialogOwnedBy(uninstalling), nullptr);  // no completion notice
   EXPECT_FALSE(EntryExists(kSketchpad));
+  wchar_t desktop[MAX_PATH] = {};
+  ASSERT_TRUE(SUCCEEDED(SHGetFolderPathW(nullptr, CSIDL_DESKTOPDIRECTORY, nullptr, 0, desktop)));
+  const std::wstring shortcut = std::wstring(desktop) + L"\\Oakhollow Sketchpad.lnk";
+  const wchar_t* settings = L"Software\\Oakhollow Studio\\Oakhollow Sketchpad";
+  auto keyExists = [&] {
+    HKEY key = nullptr;
+    if (RegOpenKeyExW(HKEY_CURRENT_USER, settings, 0, KEY_READ, &key) != ERROR_SUCCESS)
+      return false;
+    RegCloseKey(key);
+    return true;
+  };
+  ASSERT_TRUE(FileExists(shortcut));
+  ASSERT_TRUE(keyExists());
 
   PostMessageW(uninstalling, WM_COMMAND, U::Scan, 0);
   HWND results = nullptr;
@@ -781,11 +800,45 @@ TEST_F(Gui, AdvancedModeOffersPowerfulScanIntoTheResultsWindow) {
     return results && IsWindowVisible(results);
   }));
   EXPECT_TRUE(WaitUntil([&] { return !IsWindowVisible(uninstalling); }));
-  const auto lines = ListBoxLines(FindWindowExW(results, nullptr, L"ListBox", nullptr));
-  ASSERT_GT(lines.size(), 1u);
-  EXPECT_EQ(lines[0].rfind(L"Oakhollow Sketchpad(", 0), 0u) << text::ToUtf8(lines[0]);
-  PostMessageW(results, WM_CLOSE, 0, 0);
+  EXPECT_EQ(WindowText(results), L"Powerful Scan");
+  namespace P = forms::PowerScanId;
+  HWND tree = GetDlgItem(results, P::Tree);
+  HWND remove = GetDlgItem(results, P::Delete), all = GetDlgItem(results, P::SelectAll);
+  EXPECT_NE(SendMessageW(tree, TVM_GETIMAGELIST, TVSIL_STATE, 0), 0);
+  const std::vector<int> shown = TreeStates(tree);
+  ASSERT_GE(shown.size(), 3u);  // the program, a group, an item at least
+  EXPECT_EQ(std::count(shown.begin(), shown.end(), 1), static_cast<long>(shown.size()));
+  EXPECT_FALSE(IsWindowEnabled(remove));
+
+  SendMessageW(results, WM_COMMAND, P::SelectAll, 0);
+  const std::vector<int> checked = TreeStates(tree);
+  EXPECT_EQ(std::count(checked.begin(), checked.end(), 2), static_cast<long>(shown.size()));
+  EXPECT_EQ(WindowText(all), L"Deselect All");
+  EXPECT_TRUE(IsWindowEnabled(remove));
+
+  const std::wstring before = ReadUtf8(TodaysLog());
+  PostMessageW(results, WM_COMMAND, P::Delete, 0);
+  HWND question = app.WaitForDialog(results);
+  ASSERT_NE(question, nullptr);
+  EXPECT_TRUE(ShowsText(question, L"Are you sure you want to delete the selected items?"));
+  PostMessageW(question, WM_COMMAND, IDYES, 0);
+  HWND finished = nullptr;
+  ASSERT_TRUE(WaitUntil([&] {
+    finished = app.DialogOwnedBy(results);
+    return finished && finished != question && ShowsText(finished, L"Delete finished.");
+  }));
+  PostMessageW(finished, WM_COMMAND, IDOK, 0);
   EXPECT_TRUE(WaitUntil([&] { return !IsWindowVisible(results) && IsWindowEnabled(app.Main()); }));
+  EXPECT_FALSE(FileExists(shortcut));
+  EXPECT_FALSE(keyExists());
+  const std::wstring added = ReadUtf8(TodaysLog()).substr(before.size());
+  EXPECT_NE(added.find(L"[Oakhollow Sketchpad]\r\nOperation:Powerful Scan\r\nDate:"),
+            std::wstring::npos)
+      << text::ToUtf8(added);
+  // The scan spells paths its own way; the case is not the point.
+  EXPECT_NE(text::Lower(added).find(text::Lower(L"\r\nDeleted File " + shortcut + L"\r\n")),
+            std::wstring::npos)
+      << text::ToUtf8(added);
   DeleteFileW(choice.c_str());
 }
 

@@ -51,4 +51,14 @@ constexpr int MenuOpenFolder = 121;
 constexpr int MenuViewEntry = 122;
 }  // namespace ForceUninstallId
 
+namespace PowerScanId {
+constexpr int Title = 100;
+constexpr int Tree = 101;
+constexpr int DeletePath = 102;
+constexpr int Progress = 103;
+constexpr int Delete = 110;
+constexpr int Cancel = 111;
+constexpr int SelectAll = 112;
+}  // namespace PowerScanId
+
 }  // namespace varnel::forms

@@ -21,7 +21,7 @@
 #include "ui/forms/main_form_ids.h"
 #include "ui/forms/private_messages.h"
 #include "ui/forms/log_manager_form.h"
-#include "ui/forms/shell_forms.h"
+#include "ui/forms/powerscan_form.h"
 #include "ui/forms/uninstalling_form.h"
 #include "ui/language_catalog.h"
 #include "ui/restore_launcher.h"

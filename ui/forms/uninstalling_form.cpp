@@ -1,14 +1,12 @@
 #include "ui/forms/uninstalling_form.h"
 
 #include <algorithm>
-#include <unordered_map>
 
 #include "controls/dpi.h"
 #include "controls/step_marker.h"
-#include "leftovers/results_tree.h"
 #include "leftovers/scan_driver.h"
 #include "ui/forms/form_ids.h"
-#include "ui/forms/shell_forms.h"
+#include "ui/forms/powerscan_form.h"
 #include "ui/language_catalog.h"
 
 namespace varnel::forms {
@@ -23,26 +21,6 @@ constexpr UINT kStartDelayMs = 100;
 constexpr UINT kFrameMs = 500;
 constexpr COLORREF kDark = 0x333333;
 constexpr COLORREF kLight = 0x999999;
-
-// The results tree as indented lines, for the plain list of the results
-// window until that window has a tree of its own.
-class TextTree : public IResultsTree {
- public:
-  TreeNodeId AddNode(TreeNodeId parent, const std::wstring& caption, int, int,
-                     std::unique_ptr<TMyTreeData>) override {
-    const auto it = depth_.find(parent);
-    const int depth = parent == kTreeRoot || it == depth_.end() ? 0 : it->second + 1;
-    lines_.push_back(std::wstring(static_cast<std::size_t>(depth) * 4, L' ') + caption);
-    const TreeNodeId id = static_cast<TreeNodeId>(lines_.size());
-    depth_[id] = depth;
-    return id;
-  }
-  const std::vector<std::wstring>& Lines() const { return lines_; }
-
- private:
-  std::vector<std::wstring> lines_;
-  std::unordered_map<TreeNodeId, int> depth_;
-};
 
 // Width of a control's text in its own font.
 int TextWidth(HWND control) {
@@ -280,33 +258,31 @@ void TUninstalling_Form::CancelClick() {
 void TUninstalling_Form::OnClose() { CancelClick(); }
 
 void TUninstalling_Form::ScanClick() {
-  if (!sequence_ || busy_) return;
+  if (!sequence_ || busy_ || !results_) return;
   standardChoice_.Enable(false);
   advancedChoice_.Enable(false);
   scan_.Enable(false);
   cancel_.Focus();
   lastFocus_ = cancel_.Handle();
-  TextTree tree;
+  results_->ClearResults();
   {
     BusyScope busy(busy_);
     TScanDriver driver(app_.Machine(), [this] { ProcessMessages(); });
-    sequence_->Scan(driver, nullptr, tree, nullptr);
+    sequence_->Scan(driver, nullptr, *results_, results_->Images());
   }
   running_[2] = false;
   controls::Window(markers_[2]).Invalidate();
   Animate();
-  if (tree.Lines().empty()) {
+  if (results_->Empty()) {
     if (!sequence_->Cancelled()) ShowMessage(sequence_->Texts().NoLeftFind);
     CloseWindow();
     return;
   }
   const RECT bounds = controls::Window(hwnd_).Bounds();
   CloseWindow();
-  if (results_) {
-    results_->SetResults(tree.Lines());
-    results_->MoveTo(bounds.left, bounds.top);
-    results_->ShowModeless();
-  }
+  results_->SetOtherProgramFolders(sequence_->OtherProgramFolders());
+  results_->MoveTo(bounds.left, bounds.top);
+  results_->ShowModeless();
 }
 
 void TUninstalling_Form::OnCommand(int id, int code, HWND) {

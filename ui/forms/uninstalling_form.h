@@ -26,7 +26,7 @@ class TUninstalling_Form : public Form, public IUninstallView {
   TUninstalling_Form(TApplication& app, HWND owner);
   ~TUninstalling_Form() override;
 
-  // Where the leftovers found go until the results window has its own work.
+  // The results window the scan fills and shows.
   void SetResultsWindow(TPowerScan_Form* results) { results_ = results; }
   // The software list the job indexes point into; it must outlive the showing.
   void SetSoftware(const TSoftList* list);
