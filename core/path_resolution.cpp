@@ -113,8 +113,6 @@ std::optional<Parsed> Parse(std::wstring path) {
 std::wstring ResolvePath(const Platform& platform, std::wstring_view path,
                          bool expandEnvironment) {
   std::wstring text = text::Trim(path);
-  if (text.size() >= 2 && text.front() == L'"' && text.back() == L'"')
-    text = text::Trim(std::wstring_view(text).substr(1, text.size() - 2));
   if (text.empty() || text.size() > kLongestPath || text.find(L'\0') != std::wstring::npos)
     return {};
   if (expandEnvironment && text.find(L'%') != std::wstring::npos) {

@@ -19,7 +19,8 @@ namespace varnel {
 // - 8.3 short names of the parts that exist are replaced by their long names,
 //   and the stored case of those parts is taken;
 // - no trailing "\" except on a drive root ("C:\");
-// - blanks around the path and one pair of enclosing quotes are dropped.
+// - blanks around the path are dropped (quotes are not: a quoted path is
+//   not absolute).
 // "\\server\share\x" stays a share path (never local). Empty when the path is
 // not absolute (relative, drive-relative "C:x"), names a device ("\\.\X",
 // "NUL", "COM1"), holds a character no name may hold (wildcards, ":" of a

@@ -41,7 +41,7 @@ constexpr std::wstring_view kShellClasses[] = {
     L"Drive\\shellex\\FolderExtensions",
 };
 constexpr std::wstring_view kShellClassParts[] = {
-    L"DefaultIcon", L"CLSID", L"ShellNew", L"shell\\open\\command", L"shell\\edit\\command",
+    L"DefaultIcon", L"CLSID", L"ShellNew", L"shell\\open\\command",
     L"shell\\print\\command", L"shell\\printto\\command", L"shell\\runas\\command",
     L"shell\\runasuser\\command", L"shell\\open\\ddeexec", L"shell\\opennewwindow\\command",
     L"shell\\explore\\command", L"shell\\find\\command", L"shell\\cmd\\command",

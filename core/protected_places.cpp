@@ -178,6 +178,9 @@ ProtectedPlaces::ProtectedPlaces(const Platform& platform,
 
   for (const auto& folder : otherProgramFolders) {
     auto resolved = ResolvePath(platform, folder);
+    // A location naming the program's file stands for its folder, as in a scan.
+    if (IsLocal(resolved) && platform.files.FileExists(resolved))
+      resolved = text::ExcludeTrailingBackslash(text::ExtractFilePath(resolved));
     if (resolved.empty() || CheckPlace(resolved) != Refusal::None) continue;
     bool known = false;
     for (const auto& other : otherPrograms_) known = known || text::SameText(other, resolved);

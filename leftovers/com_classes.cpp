@@ -46,50 +46,39 @@ void AddWithMirror(TRegeditScanClasses& scan, ScanCategory machine, ScanCategory
   scan.AddKey(mirror, RegRoot::ClassesRoot, true, name, ClassesRootMirror(path));
 }
 
-// Depth first: a key named "command" at or below `key` whose default value
-// names the install folder.
-bool CommandBelow(TRegeditScanClasses& scan, const std::wstring& path, std::wstring_view name,
-                  const IRegistryKey& key) {
-  if (text::SameText(name, L"command") && scan.TextHasInstallFolder(ReadValueText(key, L"")))
-    return true;
+// Registry links can make a walk go round; real verbs are three levels deep.
+constexpr int kMaxCommandDepth = 8;
+
+// Depth first: the key holding a key named "command" at or below `key` whose
+// default value names the install folder (the verb); empty when none.
+std::wstring CommandBelow(TRegeditScanClasses& scan, const std::wstring& path,
+                          const IRegistryKey& key, int depth = 0) {
+  if (depth >= kMaxCommandDepth) return {};
   for (const auto& sub : key.SubKeyNames()) {
     auto subPath = Join(path, sub);
     auto child = scan.Open(kMachine, subPath);
-    if (child && CommandBelow(scan, subPath, sub, *child)) return true;
+    if (!child) continue;
+    if (text::SameText(sub, L"command") && scan.TextHasInstallFolder(ReadValueText(*child, L"")))
+      return path;
+    auto verb = CommandBelow(scan, subPath, *child, depth + 1);
+    if (!verb.empty()) return verb;
   }
-  return false;
+  return {};
 }
 
 enum class Tie { None, Server, Command };
 
-Tie ClassTie(TRegeditScanClasses& scan, const std::wstring& path, const std::wstring& id,
-             const IRegistryKey& key, const std::vector<std::wstring>& subKeys) {
-  // The server keys stay open for the command walk: every class of the
-  // machine reaches it, so each key is opened once.
-  std::vector<std::pair<std::wstring, std::unique_ptr<IRegistryKey>>> servers;
+// With Tie::Command, `verb` is the key of the verb that names the folder.
+Tie ClassTie(TRegeditScanClasses& scan, const std::wstring& path, const IRegistryKey& key,
+             const std::vector<std::wstring>& subKeys, std::wstring& verb) {
   for (std::wstring_view server : {L"InprocServer32", L"LocalServer32"}) {
     auto name = FindName(subKeys, server);
     if (name.empty()) continue;
     auto serverKey = scan.Open(kMachine, Join(path, name));
-    if (!serverKey) continue;
-    if (scan.ServerTextMatches(ReadValueText(*serverKey, L""))) return Tie::Server;
-    servers.emplace_back(std::move(name), std::move(serverKey));
+    if (serverKey && scan.ServerTextMatches(ReadValueText(*serverKey, L""))) return Tie::Server;
   }
-  if (text::SameText(id, L"command") && scan.TextHasInstallFolder(ReadValueText(key, L"")))
-    return Tie::Command;
-  for (const auto& sub : subKeys) {
-    std::unique_ptr<IRegistryKey> opened;
-    const IRegistryKey* child = nullptr;
-    for (const auto& [name, serverKey] : servers)
-      if (name == sub) child = serverKey.get();
-    auto subPath = Join(path, sub);
-    if (!child) {
-      opened = scan.Open(kMachine, subPath);
-      child = opened.get();
-    }
-    if (child && CommandBelow(scan, subPath, sub, *child)) return Tie::Command;
-  }
-  return Tie::None;
+  verb = CommandBelow(scan, path, key);
+  return verb.empty() ? Tie::None : Tie::Command;
 }
 
 // The browser keys every class is looked up in, opened once.
@@ -238,12 +227,18 @@ void ComClasses(TRegeditScanClasses& scan) {
     auto key = scan.Open(kMachine, path);
     if (!key) continue;
     const auto subKeys = key->SubKeyNames();
-    const Tie tie = ClassTie(scan, path, id, *key, subKeys);
-    if (tie == Tie::None) continue;
-    AddWithMirror(scan, ScanCategory::ClsidMachine, ScanCategory::ClsidClassesRoot, id, path);
-    // A class reached through a verb only may be anybody's server; nothing
-    // that hangs on it is followed.
-    if (tie == Tie::Server) ReportAttachments(scan, id, path, *key, subKeys, browser);
+    std::wstring verb;
+    const Tie tie = ClassTie(scan, path, *key, subKeys, verb);
+    if (tie == Tie::Server) {
+      AddWithMirror(scan, ScanCategory::ClsidMachine, ScanCategory::ClsidClassesRoot, id, path);
+      ReportAttachments(scan, id, path, *key, subKeys, browser);
+    } else if (tie == Tie::Command) {
+      // A class reached through a verb only may be anybody's (a shell
+      // folder Windows ships, say): the verb is the program's, not the class,
+      // and nothing that hangs on the class is followed. Filed by its path,
+      // so that the class never counts as one of the program's.
+      AddWithMirror(scan, ScanCategory::ClsidMachine, ScanCategory::ClsidClassesRoot, verb, verb);
+    }
   }
 }
 

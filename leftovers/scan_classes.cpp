@@ -1,5 +1,6 @@
 #include "leftovers/scan_classes.h"
 
+#include "core/path_resolution.h"
 #include "core/safe_folder.h"
 #include "core/text.h"
 #include "leftovers/scan_steps.h"
@@ -9,39 +10,8 @@ namespace varnel {
 
 namespace {
 
-bool IsAbsolute(std::wstring_view path) {
-  if (path.size() >= 3 && path[1] == L':' && path[2] == L'\\') return true;
-  return path.size() > 2 && path[0] == L'\\' && path[1] == L'\\';
-}
-
-// "." and ".." resolved, so that a folder cannot pass the safety test by
-// walking out of a harmless one.
-std::wstring Normalised(std::wstring_view path) {
-  std::vector<std::wstring> parts;
-  std::wstring head;
-  std::size_t start = 0;
-  if (path.size() >= 2 && path[1] == L':') {
-    head = std::wstring(path.substr(0, 2));
-    start = 2;
-  } else if (path.starts_with(L"\\\\")) {
-    head = L"\\";
-    start = 1;
-  }
-  while (start <= path.size()) {
-    auto end = path.find(L'\\', start);
-    if (end == std::wstring_view::npos) end = path.size();
-    auto part = path.substr(start, end - start);
-    if (part == L"..") {
-      if (!parts.empty()) parts.pop_back();
-    } else if (!part.empty() && part != L".") {
-      parts.emplace_back(part);
-    }
-    start = end + 1;
-  }
-  std::wstring r = head;
-  for (const auto& p : parts) r += L"\\" + p;
-  return r + L"\\";
-}
+// Registry links can make a key hold itself; no real key nests this deep.
+constexpr std::size_t kMaxKeyDepth = 64;
 
 }  // namespace
 
@@ -63,21 +33,28 @@ void TRegeditScanClasses::SetUp(std::vector<TShowRegInfo>* registryResults,
   images_ = images;
   iconCache_.clear();
   keyPath_ = record_.KeyPath;
+  if (!places_) {
+    ownPlaces_ = std::make_unique<ProtectedPlaces>(platform_, std::vector<std::wstring>{});
+    places_ = ownPlaces_.get();
+  }
   DeriveInstallFolder(record_.InstallLocation);
 }
 
 void TRegeditScanClasses::DeriveInstallFolder(std::wstring location) {
-  if (!location.empty() && platform_.files.FileExists(location))
-    location = text::ExtractFilePath(location);
   installFolderAsWritten_.clear();
   installFolder_.clear();
-  if (location.empty()) return;
-  if (location.back() != L'\\') location += L'\\';
+  // Every test below sees the one real spelling, so "..", "\\?\", short
+  // names or trailing dots cannot walk a folder out of harmless ground.
+  auto folder = ResolvePath(platform_, location);
+  if (folder.empty()) return;
+  if (platform_.files.FileExists(folder))
+    folder = text::ExcludeTrailingBackslash(text::ExtractFilePath(folder));
   // A folder that no program can own would make every path on the machine a
   // leftover; such a program is scanned as one without a folder.
-  if (!IsAbsolute(location) || !IsSafeFolder(platform_, Normalised(location))) return;
-  installFolderAsWritten_ = location;
-  installFolder_ = text::Lower(location);
+  if (!IsSafeFolder(platform_, folder) || places_->CheckInstallFolder(folder) != Refusal::None)
+    return;
+  installFolderAsWritten_ = text::IncludeTrailingBackslash(folder);
+  installFolder_ = text::Lower(installFolderAsWritten_);
 }
 
 bool TRegeditScanClasses::Step() {
@@ -167,6 +144,8 @@ TRegeditItemGroup* TRegeditScanClasses::AddKey(ScanCategory category, RegRoot ro
                                                const std::wstring& keyPath) {
   auto& list = Category(category);
   if (list.Contains(name)) return nullptr;
+  // A key Windows owns is never anybody's leftover, whatever led to it.
+  if (ProtectedPlaces::CheckRegistryKey(root, keyPath, true) != Refusal::None) return nullptr;
   auto key = Open(root, keyPath);
   if (!key) return nullptr;
   auto group = std::make_unique<TRegeditItemGroup>();
@@ -181,6 +160,7 @@ TRegeditItemGroup* TRegeditScanClasses::AddKey(TRegeditItemGroup& parent, RegRoo
                                                bool recursive, const std::wstring& name,
                                                const std::wstring& keyPath) {
   if (parent.SubKeys.Contains(name)) return nullptr;
+  if (ProtectedPlaces::CheckRegistryKey(root, keyPath, true) != Refusal::None) return nullptr;
   auto key = Open(root, keyPath);
   if (!key) return nullptr;
   auto group = std::make_unique<TRegeditItemGroup>();
@@ -193,17 +173,47 @@ TRegeditItemGroup* TRegeditScanClasses::AddKey(TRegeditItemGroup& parent, RegRoo
 
 void TRegeditScanClasses::AddKeyBody(TRegeditItemGroup& group, IRegistryKey& key,
                                      bool recursive) {
-  auto subKeys = key.SubKeyNames();
-  auto values = key.ValueNames();
-  registryResults_->push_back({group.Root, group.KeyPath, L"", L"", 0});
-  if (recursive) {
-    for (const auto& sub : subKeys) {
+  // Depth first with a stack of its own: the key, then each subkey's whole
+  // tree in turn, then the key's values, as a recursive walk would; links
+  // that nest keys without end stop at kMaxKeyDepth.
+  struct Level {
+    TRegeditItemGroup* group;
+    std::unique_ptr<IRegistryKey> owned;
+    IRegistryKey* key;
+    std::vector<std::wstring> subKeys;
+    std::size_t next = 0;
+  };
+  std::vector<Level> stack;
+  auto enter = [&](TRegeditItemGroup& g, std::unique_ptr<IRegistryKey> owned, IRegistryKey& k) {
+    registryResults_->push_back({g.Root, g.KeyPath, L"", L"", 0});
+    auto subKeys = recursive && stack.size() < kMaxKeyDepth ? k.SubKeyNames()
+                                                            : std::vector<std::wstring>();
+    stack.push_back({&g, std::move(owned), &k, std::move(subKeys), 0});
+  };
+  enter(group, nullptr, key);
+  while (!stack.empty()) {
+    Level& top = stack.back();
+    if (top.next < top.subKeys.size()) {
+      const auto& sub = top.subKeys[top.next++];
       if (processMessages_) processMessages_();
-      AddKey(group, group.Root, true, sub, group.KeyPath + L"\\" + sub);
+      TRegeditItemGroup& parent = *top.group;
+      if (parent.SubKeys.Contains(sub)) continue;
+      const auto path = parent.KeyPath + L"\\" + sub;
+      auto child = Open(parent.Root, path);
+      if (!child) continue;
+      auto made = std::make_unique<TRegeditItemGroup>();
+      made->Root = parent.Root;
+      made->KeyPath = path;
+      auto& added = parent.SubKeys.Add(sub, std::move(made));
+      IRegistryKey& opened = *child;
+      enter(added, std::move(child), opened);  // invalidates `top`
+      continue;
     }
+    for (const auto& name : top.key->ValueNames())
+      AddValue(top.group, top.group->Root, top.group->KeyPath, name,
+               ReadValueText(*top.key, name));
+    stack.pop_back();
   }
-  for (const auto& name : values)
-    AddValue(&group, group.Root, group.KeyPath, name, ReadValueText(key, name));
 }
 
 void TRegeditScanClasses::AddValue(TRegeditItemGroup* group, RegRoot root,
@@ -277,15 +287,23 @@ bool TRegeditScanClasses::ServerTextMatches(std::wstring_view serverPath) const 
 
 bool TRegeditScanClasses::KeyRefersToInstallFolder(RegRoot root, std::wstring_view keyPath) {
   if (installFolder_.empty()) return false;
-  auto key = Open(root, keyPath);
-  if (!key) return false;
-  for (const auto& name : key->ValueNames()) {
-    auto value = ReadValueText(*key, name);
-    if (value.empty() || value.back() != L'\\') value += L'\\';
-    if (TextHasInstallFolder(value)) return true;
+  // Depth first, with its own stack and a depth bound against registry links.
+  std::vector<std::pair<std::wstring, std::size_t>> pending{{std::wstring(keyPath), 0}};
+  while (!pending.empty()) {
+    auto [path, depth] = std::move(pending.back());
+    pending.pop_back();
+    auto key = Open(root, path);
+    if (!key) continue;
+    for (const auto& name : key->ValueNames()) {
+      auto value = ReadValueText(*key, name);
+      if (value.empty() || value.back() != L'\\') value += L'\\';
+      if (TextHasInstallFolder(value)) return true;
+    }
+    if (depth + 1 >= kMaxKeyDepth) continue;
+    auto subKeys = key->SubKeyNames();
+    for (auto it = subKeys.rbegin(); it != subKeys.rend(); ++it)
+      pending.emplace_back(path + L"\\" + *it, depth + 1);
   }
-  for (const auto& sub : key->SubKeyNames())
-    if (KeyRefersToInstallFolder(root, std::wstring(keyPath) + L"\\" + sub)) return true;
   return false;
 }
 

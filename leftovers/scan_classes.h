@@ -10,6 +10,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "core/protected_places.h"
 #include "inventory/soft_info.h"
 #include "leftovers/filter_manage.h"
 #include "leftovers/image_list.h"
@@ -38,6 +39,12 @@ class TRegeditScanClasses {
   TRegeditScanClasses(const TRegeditScanClasses&) = delete;
   TRegeditScanClasses& operator=(const TRegeditScanClasses&) = delete;
 
+  // The places no finding may be; given before SetUp (the caller's, it must
+  // outlive the scan). Without one, SetUp reads the machine's own and knows
+  // no other programs.
+  void SetProtectedPlaces(const ProtectedPlaces* places) { places_ = places; }
+  const ProtectedPlaces& Places() const { return *places_; }
+
   // The result lists stay the caller's; `images` may be null (no icons then).
   void SetUp(std::vector<TShowRegInfo>* registryResults, std::vector<TFileInfo>* fileResults,
              std::uintptr_t ownerWindow, const TSoftInfo& record, IImageList* images);
@@ -57,10 +64,11 @@ class TRegeditScanClasses {
   const Platform& Machine() const { return platform_; }
   const TSoftInfo& Record() const { return record_; }
   bool Use64() const { return record_.Is64BitView; }
-  // Lower case, with a trailing "\"; empty when the program has none or it is
-  // a folder no program may own (drive root, Windows folder, "%" left in it).
+  // Resolved (ResolvePath), lower case, with a trailing "\"; empty when the
+  // program has none or it is a place no program may own (ProtectedPlaces::
+  // CheckInstallFolder refuses it, or "%" is left in it).
   const std::wstring& InstallFolder() const { return installFolder_; }
-  // The same folder as the record writes it (case kept), for reporting.
+  // The same folder as the disk spells it, for reporting.
   const std::wstring& InstallFolderAsWritten() const { return installFolderAsWritten_; }
   const std::wstring& KeyPath() const { return keyPath_; }
   bool Running() const { return runState_ == ScanRunState::Running; }
@@ -129,6 +137,8 @@ class TRegeditScanClasses {
   MessageStep processMessages_;
   TFileterManage& filter_;
   std::array<TNamedList<TRegeditItemGroup>, kScanCategoryCount> categories_;
+  const ProtectedPlaces* places_ = nullptr;
+  std::unique_ptr<ProtectedPlaces> ownPlaces_;
   std::vector<TShowRegInfo>* registryResults_ = nullptr;
   std::vector<TFileInfo>* fileResults_ = nullptr;
   std::vector<TShowRegInfo> ownRegistryResults_;  // until SetUp hands lists over

@@ -2,6 +2,7 @@
 
 #include "core/registry_location.h"
 #include "core/text.h"
+#include "leftovers/other_programs.h"
 
 namespace varnel {
 
@@ -58,7 +59,14 @@ ScanFindings TScanDriver::Collect(const TSoftList& list, int index, const std::w
   } else {
     CopySoftInfo(found.Record, *list[index]);
   }
+  std::unique_ptr<ProtectedPlaces> ownPlaces;
+  if (!places_) {
+    auto scanned = together_;
+    if (inList) scanned.push_back(index);
+    ownPlaces = std::make_unique<ProtectedPlaces>(platform_, OtherProgramFolders(list, scanned));
+  }
   TRegeditScanClasses scanner(platform_, processMessages_);
+  scanner.SetProtectedPlaces(places_ ? places_ : ownPlaces.get());
   scanner.SetUp(&found.Registry, &found.Files, 0, found.Record, images);
   stop_ = false;
   active_ = &scanner;

@@ -27,6 +27,14 @@ class TScanDriver {
   explicit TScanDriver(const Platform& platform,
                        TRegeditScanClasses::MessageStep processMessages = {});
 
+  // The places every scan leaves alone; the caller's, outliving the scans.
+  // Without them each scan reads the machine's and takes the other
+  // programs' folders from the list it is given.
+  void SetProtectedPlaces(const ProtectedPlaces* places) { places_ = places; }
+  // Indexes of the list scanned in this run besides the one at hand (a
+  // batch): their folders are not other programs'.
+  void SetScannedTogether(std::vector<int> indexes) { together_ = std::move(indexes); }
+
   // Each holds one "%d"; the language table supplies them.
   std::wstring SingularPhrase = L"%d item";
   std::wstring PluralPhrase = L"%d items";
@@ -53,6 +61,8 @@ class TScanDriver {
  private:
   Platform platform_;
   TRegeditScanClasses::MessageStep processMessages_;
+  const ProtectedPlaces* places_ = nullptr;
+  std::vector<int> together_;
   std::atomic<bool> stop_{false};
   TRegeditScanClasses* active_ = nullptr;
 };

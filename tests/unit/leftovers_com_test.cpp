@@ -126,7 +126,8 @@ TEST_F(LeftoverComTest, ServerClassesBringTheirKeysAndTheirAttachments) {
   EXPECT_TRUE(Has(Key(HKLM, kVersion + L"Explorer\\Browser Helper Objects\\" + kA)));
 }
 
-TEST_F(LeftoverComTest, AClassReachedByAVerbBringsOnlyItsTwoKeys) {
+// A verb added to a class Windows ships is the program's; the class is not.
+TEST_F(LeftoverComTest, AClassReachedByAVerbBringsOnlyTheVerb) {
   Class(kA, L"C:\\Windows\\system32\\shell32.dll");
   Set(HKLM, kClsid + kA + L"\\shell\\open\\command", L"", L"\"" + kFolder + L"\\writer.exe\" %1");
   Set(HKLM, kClsid + kA, L"AppID", kAppId);
@@ -134,8 +135,9 @@ TEST_F(LeftoverComTest, AClassReachedByAVerbBringsOnlyItsTwoKeys) {
   Set(HKLM, kClsid + kA + L"\\ProgID", L"", L"Shell.Thing");
   Set(HKLM, kClasses + L"Shell.Thing", L"", L"thing");
   Full();
-  EXPECT_TRUE(Has(Key(HKLM, kClsid + kA)));
-  EXPECT_TRUE(Has(Key(HKCR, L"\\CLSID\\" + kA)));
+  EXPECT_TRUE(Has(Key(HKLM, kClsid + kA + L"\\shell\\open")));
+  EXPECT_TRUE(Has(Key(HKCR, L"\\CLSID\\" + kA + L"\\shell\\open")));
+  EXPECT_FALSE(Has(Key(HKLM, kClsid + kA)));
   EXPECT_FALSE(Has(Key(HKLM, kClasses + L"AppID\\" + kAppId)));
   EXPECT_FALSE(Has(Key(HKLM, kClasses + L"Shell.Thing")));
 }

@@ -61,12 +61,10 @@ TEST_F(ScanModelTest, InstallFolderComesFromTheRecordAndRefusesFoldersNoProgramO
   for (const wchar_t* hostile :
        {L"C:\\", L"c:", L"C:\\Windows\\", L"c:\\windows\\system32", L"%WINDIR%",
         L"%ProgramFiles%\\Acme", L"C:\\Program Files\\..\\Windows", L"C:\\.\\windows\\.",
-        L"C:\\Program Files\\..\\..\\..", L"Writer", L"\\Acme"})
+        L"C:\\Program Files\\..\\..\\..", L"Writer", L"\\Acme", L"C:\\Users\\"})
     EXPECT_EQ(folderOf(hostile), L"") << hostile;
-  // Let through, so the deletion guard has to know about it.
-  EXPECT_EQ(folderOf(L"C:\\Users\\"), L"c:\\users\\");
   EXPECT_EQ(folderOf(L"C:\\Program Files\\..\\Program Files\\Acme"),
-            L"c:\\program files\\..\\program files\\acme\\");
+            L"c:\\program files\\acme\\");
 }
 
 TEST_F(ScanModelTest, ServerPathMatchIsASubstringTestOnTheLongForm) {
