@@ -184,6 +184,14 @@ constexpr TCatalogText kLogManager[] = {
     {L"Button_Delete.Caption", L"Delete", L"L\u00f6schen"},
     {L"Button_DeleteAll.Caption", L"Delete All", L"Alle l\u00f6schen"},
     {L"Button_Cancel.Caption", L"Cancel", L"Abbrechen"},
+    {L"Label_Backups.Caption", L"Backups of deleted items",
+     L"Sicherungen gel\u00f6schter Eintr\u00e4ge"},
+    {L"ListView_Backup.Columns[0].Caption", L"Backup", L"Sicherung"},
+    {L"ListView_Backup.Columns[1].Caption", L"Created", L"Erstellt"},
+    {L"ListView_Backup.Columns[2].Caption", L"Items", L"Eintr\u00e4ge"},
+    {L"ListView_Backup.Columns[3].Caption", L"Size", L"Gr\u00f6\u00dfe"},
+    {L"Button_Restore.Caption", L"Restore", L"Wiederherstellen"},
+    {L"Button_DeleteBackup.Caption", L"Delete", L"L\u00f6schen"},
 };
 
 // Delete All asks under the same key; its own English default lives in the window.
@@ -192,6 +200,20 @@ constexpr TCatalogText kLogManagerMessages[] = {
      L"Are you sure to delete the selected file? The deletion CANNOT be restored.",
      L"M\u00f6chten Sie die ausgew\u00e4hlte Datei wirklich l\u00f6schen? Das L\u00f6schen kann NICHT "
      L"r\u00fcckg\u00e4ngig gemacht werden."},
+    {L"M_SureRestore",
+     L"Are you sure to restore the selected backup? Its items return to where they were.",
+     L"M\u00f6chten Sie die ausgew\u00e4hlte Sicherung wirklich wiederherstellen? Ihre Eintr\u00e4ge "
+     L"kehren an ihren Ort zur\u00fcck."},
+    {L"M_SureDelBackup",
+     L"Are you sure to delete the selected backup? Its items can then no longer be restored.",
+     L"M\u00f6chten Sie die ausgew\u00e4hlte Sicherung wirklich l\u00f6schen? Ihre Eintr\u00e4ge "
+     L"lassen sich danach nicht mehr wiederherstellen."},
+    {L"M_BackupRoom", L"All backups together take %s.", L"Alle Sicherungen belegen zusammen %s."},
+    {L"M_NoBackups", L"There are no backups.", L"Es gibt keine Sicherungen."},
+    {L"M_Restored", L"%d items were restored.", L"%d Eintr\u00e4ge wurden wiederhergestellt."},
+    {L"M_NotRestored", L"These items could not be restored:",
+     L"Diese Eintr\u00e4ge konnten nicht wiederhergestellt werden:"},
+    {L"M_BackupMissing", L"The backup no longer exists.", L"Die Sicherung existiert nicht mehr."},
 };
 
 constexpr TCatalogSection kSections[] = {
