@@ -105,10 +105,12 @@ DeletionResult LeftoverDeletion::Run(const std::vector<LeftoverRoot>& roots,
         platform_.system.SleepMs(kItemPauseMs);
         std::wstring line;
         DeletionOutcome outcome;
+        // A default value (no name, but data) is a value: taking its whole
+        // key would take whatever else the key holds.
         if (data.Kind == TreeDataKind::File) {
           outcome = guard_.DeleteFile(data.FilePath);
           line = L"Deleted File ";
-        } else if (data.ValueName.empty()) {
+        } else if (data.ValueName.empty() && data.ValueData.empty()) {
           outcome = guard_.DeleteKey(data.Root, data.KeyPath, data.Is64BitView);
           line = L"Deleted Registry Key ";
         } else {

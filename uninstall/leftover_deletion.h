@@ -62,7 +62,8 @@ struct DeletionResult {
 // Deletes what the results tree holds checked and logs it:
 // - per root "[" + caption before "(" + "]", the operation and the date; per
 //   group an empty line and "------" + caption before "(" + "------"; per
-//   checked leaf "Deleted Registry Key|Registry Value|File|Folder " + item;
+//   checked leaf "Deleted Registry Key|Registry Value|File|Folder " + item
+//   (a key has neither value name nor data; a default value is a value);
 //   after a group's lines "Skipped <item>: <reason>" for what the guard refused;
 // - checked registry items and files go at once (a locked file at the next
 //   start), folders in a last pass over every folder of the tree, checked or

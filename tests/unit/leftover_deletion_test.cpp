@@ -26,13 +26,14 @@ class Progress : public IDeletionProgress {
   std::function<void()> onMessages;
 };
 
-LeftoverLeaf Key(const std::wstring& path, bool checked, const std::wstring& value = L"") {
+LeftoverLeaf Key(const std::wstring& path, bool checked, const std::wstring& value = L"",
+                 const std::wstring& data = L"") {
   LeftoverLeaf leaf;
   leaf.data.Kind = TreeDataKind::Registry;
   leaf.data.Is64BitView = true;
   leaf.data.KeyPath = path;
   leaf.data.ValueName = value;
-  leaf.data.ValueData = value.empty() ? L"" : L"C:\\Program Files\\Acme\\acme.exe";
+  leaf.data.ValueData = data;
   leaf.checked = checked;
   return leaf;
 }
@@ -55,6 +56,8 @@ struct World {
     m.system.longTimeFormat = L"HH:mm:ss";
     m.registry.SetString(RegRoot::LocalMachine, L"\\SOFTWARE\\Acme", L"Path", L"x");
     m.registry.SetString(RegRoot::LocalMachine, L"\\SOFTWARE\\Keep", L"Path", L"x");
+    m.registry.SetString(RegRoot::LocalMachine, L"\\SOFTWARE\\Classes\\.acme", L"", L"Acme.Doc");
+    m.registry.SetString(RegRoot::LocalMachine, L"\\SOFTWARE\\Classes\\.acme", L"Other", L"x");
     m.registry.SetString(RegRoot::LocalMachine, kRun, L"Acme", L"C:\\Program Files\\Acme\\acme.exe");
     m.registry.SetString(RegRoot::LocalMachine, kRun, L"Other", L"other.exe");
     m.files.AddFile(L"C:\\Program Files\\Acme\\acme.exe", "MZ");
@@ -62,9 +65,10 @@ struct World {
     m.files.AddFolder(L"C:\\Windows\\Fonts");
     m.files.AddFile(L"C:\\Loose\\x.txt", "x");
     roots = {
-        {L"Acme(7 items)",
-         {{L"Registry(4 items)",
-           {Key(L"\\SOFTWARE\\Acme", true), Key(kRun, true, L"Acme"), Key(L"\\SOFTWARE\\Keep", false),
+        {L"Acme(8 items)",
+         {{L"Registry(5 items)",
+           {Key(L"\\SOFTWARE\\Acme", true), Key(kRun, true, L"Acme", L"C:\\Program Files\\Acme\\acme.exe"),
+            Key(L"\\SOFTWARE\\Classes\\.acme", true, L"", L"Acme.Doc"), Key(L"\\SOFTWARE\\Keep", false),
             Key(L"\\SOFTWARE", true)}},
           {L"File(3 items)",
            {Disk(L"C:\\Program Files\\Acme\\acme.exe", FileKind::File, true),
@@ -108,6 +112,7 @@ TEST(LeftoverDeletion, LogsEachCheckedItemSkipsRefusalsAndRemovesEveryFolder) {
       L"Deleted Registry Key HKEY_LOCAL_MACHINE\\\\SOFTWARE\\Acme",
       L"Deleted Registry Value HKEY_LOCAL_MACHINE\\\\SOFTWARE\\Microsoft\\Windows\\CurrentVersion"
       L"\\Run | Acme - C:\\Program Files\\Acme\\acme.exe",
+      L"Deleted Registry Value HKEY_LOCAL_MACHINE\\\\SOFTWARE\\Classes\\.acme | Default - Acme.Doc",
       L"Skipped HKEY_LOCAL_MACHINE\\\\SOFTWARE: " + RefusalReason(Refusal::RegistryRoot),
       L"",
       L"------File------",
@@ -131,12 +136,17 @@ TEST(LeftoverDeletion, LogsEachCheckedItemSkipsRefusalsAndRemovesEveryFolder) {
   ASSERT_NE(run, nullptr);
   EXPECT_FALSE(run->ValueExists(L"Acme"));
   EXPECT_TRUE(run->ValueExists(L"Other"));
+  // A default value goes alone, not with its key.
+  auto shared = w.m.registry.OpenKey(RegRoot::LocalMachine, L"\\SOFTWARE\\Classes\\.acme",
+                                     RegAccess::Read, true);
+  ASSERT_NE(shared, nullptr);
+  EXPECT_FALSE(shared->ValueExists(L""));
   // The unchecked folder goes all the same, with what it holds.
   EXPECT_FALSE(w.m.files.FileExists(L"C:\\Program Files\\Acme\\data\\a.dat"));
   EXPECT_FALSE(w.m.files.DirectoryExists(L"C:\\Program Files\\Acme"));
   EXPECT_TRUE(w.m.files.DirectoryExists(L"C:\\Windows\\Fonts"));
   // A pause for each registry item and file handed over at once.
-  EXPECT_EQ(w.m.system.sleptMs, 10u * 5);
+  EXPECT_EQ(w.m.system.sleptMs, 10u * 6);
   EXPECT_EQ(w.progress.captions.front(), L"Deleting :HKEY_LOCAL_MACHINE\\\\SOFTWARE\\Acme");
 }
 

@@ -160,7 +160,9 @@ void TPowerScan_Form::Layout() {
   title_.Move(s(16), s(14), width, s(22));
   deletePath_.Move(s(16), buttonTop - s(52), width, s(18));
   controls::Window(progress_).Move(s(16), buttonTop - s(30), width, s(18));
-  tree_.Move(s(16), s(42), width, buttonTop - s(60) - s(42));
+  // The progress lines take room from the tree only while they show.
+  const int treeBottom = deleting_ ? buttonTop - s(60) : buttonTop - s(12);
+  tree_.Move(s(16), s(42), width, treeBottom - s(42));
   selectAllButton_.Move(s(16), buttonTop, s(120), s(28));
   cancelButton_.Move(r.right - s(16) - s(96), buttonTop, s(96), s(28));
   delete_.Move(r.right - s(16) - s(96) - s(8) - s(96), buttonTop, s(96), s(28));
@@ -230,6 +232,7 @@ void TPowerScan_Form::Busy(bool deleting) {
   // Cancel stays: it stops the deletion at the next item.
   selectAllButton_.Enable(!deleting);
   tree_.Enable(!deleting);
+  Layout();
   ShowStates();
   if (deleting) cancelButton_.Focus();
 }
