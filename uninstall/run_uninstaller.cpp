@@ -4,8 +4,9 @@
 
 #include "core/app_frame.h"
 #include "core/text.h"
-#include "uninstall/addon_removal.h"
+#include "leftovers/other_programs.h"
 #include "platform/shell.h"
+#include "uninstall/addon_removal.h"
 
 namespace varnel {
 
@@ -47,9 +48,15 @@ TUninstallRun TUninstallRunner::RunUninstaller(const TSoftList& list, int index,
   // An add-on's files stand in for its uninstaller; one folded into a
   // program is removed by its manifest alone, since the browser drops it at
   // its next start and the program's own uninstaller must not run for it.
-  if (const AddonRemoval removal = RemoveBrowserAddon(platform_, record); removal.handled) {
+  // The other programs' folders are off limits to whatever the browser's
+  // files say.
+  if (IsBrowserAddon(record)) {
+    const AddonRemoval removal =
+        RemoveBrowserAddon(platform_, record, OtherProgramFolders(list, {index}));
     run.addonRemoved = removal.removed;
     run.removeInBrowser = removal.inBrowser;
+    run.addonBackup = removal.backupId;
+    run.addonKept = removal.kept;
     if (!removal.inBrowser.empty()) {
       run.name = record.Name;
       if (showCaption_) showCaption_(caption + L" " + run.name);

@@ -5,9 +5,11 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "inventory/soft_list.h"
 #include "platform/platform.h"
+#include "uninstall/deletion_guard.h"
 
 namespace varnel {
 
@@ -21,6 +23,8 @@ struct TUninstallRun {
   // The browser in which the add-on must be removed: it installed the
   // add-on itself, so its files were left alone. `name` is set.
   std::wstring removeInBrowser;
+  std::wstring addonBackup;                 // the backup of the add-on's deleted files
+  std::vector<DeletionOutcome> addonKept;   // what the guard would not delete, and why
   bool waitAbandoned = false; // the job could not be asked, or a stop ended the wait
   std::optional<std::uint32_t> exitCode;
 };

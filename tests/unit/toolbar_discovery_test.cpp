@@ -12,6 +12,7 @@
 #include "platform/memory/memory_platform.h"
 #include "scan_world.h"
 #include "uninstall/addon_removal.h"
+#include "uninstall/backup.h"
 #include "uninstall/run_uninstaller.h"
 
 namespace varnel {
@@ -156,6 +157,7 @@ struct RemovalCase {
   TSoftInfo record;
   std::vector<std::wstring> gone, kept;
   std::wstring inBrowser;
+  std::wstring otherProgram = {};  // install folder of another listed program
 };
 
 TSoftInfo Addon(std::wstring file, std::wstring browser, std::wstring id, std::wstring profile,
@@ -179,7 +181,8 @@ TEST_F(ToolbarDiscoveryTest, RemovalTakesOnlyTheAddonsOwnFiles) {
   const std::wstring external = L"SOFTWARE\\Google\\Chrome\\Extensions\\" + std::wstring(kChromeId);
   for (const std::wstring& file : std::vector<std::wstring>{ext + L"old@x\\install.rdf", ext + L"old@x\\chrome.manifest",
                            ext + L"new@x.xpi", L"C:\\Program Files\\Mozilla Firefox\\distribution\\d@x.xpi",
-                           chromeFolder + L"\\1.0_0\\manifest.json"})
+                           chromeFolder + L"\\1.0_0\\manifest.json", L"C:\\Apps\\Other\\extensions\\o@x.xpi",
+                           ext + L"dir@x\\install.rdf\\keep.txt"})
     m.files.AddFile(file, "x");
 
   std::vector<RemovalCase> cases = {
@@ -195,25 +198,39 @@ TEST_F(ToolbarDiscoveryTest, RemovalTakesOnlyTheAddonsOwnFiles) {
        {}, {}, L"Firefox"},
       {"installed in the browser", Addon(chromeFolder + L"\\1.0_0", L"Chrome", kChromeId, chrome),
        {}, {chromeFolder + L"\\1.0_0\\manifest.json"}, L"Chrome"},
+      {"profile in another program's folder",
+       Addon(L"C:\\Apps\\Other\\extensions\\o@x.xpi", L"Firefox", L"o@x", L"C:\\Apps\\Other"),
+       {}, {L"C:\\Apps\\Other\\extensions\\o@x.xpi"}, L"", L"C:\\Apps\\Other"},
+      {"manifest that is a folder", Addon(ext + L"dir@x\\install.rdf", L"", L"", L""),
+       {}, {ext + L"dir@x\\install.rdf\\keep.txt"}, L""},
   };
+  int deleting = 0;
   for (auto& c : cases) {
     std::atomic<bool> stop{false};
     TUninstallRunner runner(m.Get(), stop, {}, {});
     TSoftList list;
     list.push_back(std::make_unique<TSoftInfo>(c.record));
+    if (!c.otherProgram.empty()) {
+      list.push_back(std::make_unique<TSoftInfo>());
+      list.back()->InstallLocation = c.otherProgram;
+    }
     const TUninstallRun run = runner.RunUninstaller(list, 0, L"Uninstalling");
     EXPECT_FALSE(run.started) << c.label;
     EXPECT_EQ(run.removeInBrowser, c.inBrowser) << c.label;
-    EXPECT_EQ(run.addonRemoved, c.inBrowser.empty()) << c.label;
+    EXPECT_EQ(run.addonRemoved, !c.gone.empty()) << c.label;
+    EXPECT_EQ(run.addonKept.empty(), !c.inBrowser.empty() || !c.gone.empty()) << c.label;
+    deleting += !c.gone.empty();
     for (const auto& path : c.gone) EXPECT_FALSE(m.files.FileExists(path)) << c.label;
     for (const auto& path : c.kept) EXPECT_TRUE(m.files.FileExists(path)) << c.label;
   }
   EXPECT_TRUE(m.processes.events.empty());
+  // Each removal that deleted something has its backup; a refusal leaves none.
+  EXPECT_EQ(ListBackups(m.Get()).size(), static_cast<std::size_t>(deleting));
 
   // Registered from outside: the registration and the extension's folder go.
   m.registry.SetString(RegRoot::LocalMachine, external, L"path", L"C:\\x.crx", false);
   const AddonRemoval removal =
-      RemoveBrowserAddon(m.Get(), Addon(chromeFolder + L"\\1.0_0", L"Chrome", kChromeId, chrome));
+      RemoveBrowserAddon(m.Get(), Addon(chromeFolder + L"\\1.0_0", L"Chrome", kChromeId, chrome), {});
   EXPECT_TRUE(removal.removed);
   EXPECT_FALSE(m.registry.KeyExists(RegRoot::LocalMachine, external, false));
   EXPECT_FALSE(m.files.DirectoryExists(chromeFolder));

@@ -266,7 +266,9 @@ TEST(UninstallRunnerTest, AddOnIsRemovedByItsManifestAndNothingRuns) {
   for (bool deleteFails : {false, true}) {
     World w;
     w.m.files.AddFile(rdf, "<RDF/>");
+    // A locked manifest neither moves into the backup nor goes.
     w.m.faults.Set(mem::Fault::FileDelete, deleteFails);
+    w.m.faults.Set(mem::Fault::FileMove, deleteFails);
     w.list[0]->IsToolbar = true;
     w.list[0]->ToolbarFile = rdf;
     std::atomic<bool> stop{false};
