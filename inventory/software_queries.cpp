@@ -1,17 +1,18 @@
 #include "inventory/software_queries.h"
 
+#include "core/path_resolution.h"
 #include "core/text.h"
 
 namespace varnel {
 
 namespace {
 
-// The comparable spelling of a folder; empty when it names none.
+// The comparable spelling of a folder ("C:/App/" and "c:\app" alike);
+// empty when it names none.
 std::wstring FolderKey(const Platform& platform, std::wstring_view folder) {
-  const std::wstring trimmed = text::Trim(folder);
-  if (trimmed.empty()) return {};
-  (void)platform;
-  return text::Upper(text::IncludeTrailingBackslash(text::ReplaceAll(trimmed, L"/", L"\\")));
+  const std::wstring resolved = ResolvePath(platform, folder);
+  if (resolved.empty()) return {};
+  return text::Upper(text::IncludeTrailingBackslash(resolved));
 }
 
 }  // namespace

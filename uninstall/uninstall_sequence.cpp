@@ -4,9 +4,10 @@
 #include <limits>
 
 #include "core/date_time.h"
-#include "core/reboot_file_ops.h"
+#include "core/protected_places.h"
 #include "core/text.h"
 #include "leftovers/scan_driver.h"
+#include "uninstall/backup.h"
 #include "uninstall/uninstall_log.h"
 
 namespace varnel {
@@ -64,6 +65,7 @@ void TUninstallSequence::Cancel() {
 void TUninstallSequence::Run() {
   runs_.clear();
   logFile_.clear();
+  forced_.reset();
   view_.SetStep(0);
   if (!cancel_ && options_.restorePoint) RestorePointStep();
   if (!cancel_) RegBackupStep();
@@ -126,12 +128,26 @@ void TUninstallSequence::UninstallPrograms(std::vector<std::wstring>& lines) {
 
 void TUninstallSequence::ForcedUninstall(std::vector<std::wstring>& lines) {
   const std::wstring file = jobs_.empty() ? std::wstring() : jobs_.front();
-  if (!file.empty() && platform_.files.FileExists(file) && !platform_.files.RemoveFile(file)) {
-    ScheduleFileOnReboot(platform_, file, L"", RebootMode::Delete);
-  }
+  if (!file.empty() && platform_.files.FileExists(file)) DeleteForcedFile(file);
   AppendLogBlock(lines, text::ExtractFileName(file), texts_.ForcedUninstall);
   view_.SetCaption(StepLine::Uninstalling, texts_.UninstallFinish);
   view_.HideUninstallMarker();
+}
+
+// The file is whatever the user pointed at: the guard decides whether it may
+// go, and a locked one goes at the next start.
+void TUninstallSequence::DeleteForcedFile(const std::wstring& file) {
+  Backup* backup = options_.backup;
+  if (!backup && !options_.noBackup) {
+    ownBackup_ = Backup::Begin(platform_);
+    backup = ownBackup_.get();
+  }
+  if (!backup && !options_.noBackup) {
+    forced_ = DeletionOutcome{.item = file, .reason = L"no backup could be begun"};
+    return;
+  }
+  DeletionGuard guard(platform_, ProtectedPlaces(platform_, OtherProgramFolders()), backup);
+  forced_ = guard.DeleteFile(file);
 }
 
 void TUninstallSequence::AppendLogBlock(std::vector<std::wstring>& lines, const std::wstring& name,

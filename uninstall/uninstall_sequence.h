@@ -2,18 +2,21 @@
 
 #include <atomic>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "inventory/soft_list.h"
 #include "platform/platform.h"
+#include "uninstall/deletion_guard.h"
 #include "uninstall/run_uninstaller.h"
 #include "uninstall/uninstall_texts.h"
 #include "uninstall/uninstall_view.h"
 
 namespace varnel {
 
+class Backup;
 class TScanDriver;
 class IResultsTree;
 class IImageList;
@@ -38,6 +41,10 @@ class TUninstallSequence {
     unsigned workerDelayMs = 100;
     // The console tool leaves the window's saved mode alone.
     bool saveModeChoice = true;
+    // Forced mode backs the file up here before deleting it; without one the
+    // sequence begins a backup of its own, unless `noBackup` (asked for).
+    Backup* backup = nullptr;
+    bool noBackup = false;
   };
 
   TUninstallSequence(const Platform& platform, IUninstallView& view, TUninstallTexts texts,
@@ -78,6 +85,11 @@ class TUninstallSequence {
   const std::vector<TUninstallRun>& Runs() const { return runs_; }
   // The day's log file the run wrote to; empty when nothing was written.
   const std::wstring& LogFile() const { return logFile_; }
+  // What the guard did with the forced file; empty when no file was handed
+  // to it (another mode, or the file was not there).
+  const std::optional<DeletionOutcome>& ForcedOutcome() const { return forced_; }
+  // The backup the sequence began itself for the forced file, if any.
+  const Backup* OwnBackup() const { return ownBackup_.get(); }
 
  private:
   void RestorePointStep();
@@ -85,6 +97,7 @@ class TUninstallSequence {
   void UninstallStep();
   void UninstallPrograms(std::vector<std::wstring>& lines);
   void ForcedUninstall(std::vector<std::wstring>& lines);
+  void DeleteForcedFile(const std::wstring& file);
   void AppendLogBlock(std::vector<std::wstring>& lines, const std::wstring& name,
                       const std::wstring& operation);
   // Runs `work` on a worker thread, waiting for it as WaitWithDots does.
@@ -106,6 +119,8 @@ class TUninstallSequence {
   std::atomic<TScanDriver*> scanning_{nullptr};
   std::vector<TUninstallRun> runs_;
   std::wstring logFile_;
+  std::optional<DeletionOutcome> forced_;
+  std::unique_ptr<Backup> ownBackup_;
 };
 
 // "Select.ini" in the program's settings folder: section "Main", key

@@ -7,6 +7,7 @@
 #include "leftovers/scan_driver.h"
 #include "platform/memory/memory_platform.h"
 #include "scan_world.h"
+#include "uninstall/backup.h"
 #include "uninstall/uninstall_sequence.h"
 
 namespace varnel {
@@ -187,31 +188,44 @@ TEST(UninstallSequenceTest, ProgramsRunOneAfterAnotherAndLogInJobOrder) {
             w.view.events.end());
 }
 
-// Forced mode deletes its file (or queues it for the restart); other modes
-// run nothing, yet the day's log is begun.
-TEST(UninstallSequenceTest, ForcedModeRemovesTheFileAndOtherModesRunNothing) {
-  const std::wstring file = L"C:\\Tools\\stuck.exe";
+// Forced mode hands its file to the deletion guard: backed up and gone, or
+// queued for the restart when locked, never a file the guard protects (the
+// Windows folder, another listed program's folder); other modes run nothing,
+// yet the day's log is begun.
+TEST(UninstallSequenceTest, ForcedModeDeletesTheFileThroughTheGuardAndOtherModesRunNothing) {
+  const std::wstring loose = L"C:\\Tools\\stuck.exe";
+  const std::wstring system = L"C:\\Windows\\System32\\stuck.exe";
+  const std::wstring betas = L"C:\\Beta\\bin\\stuck.exe";
   const Lines forced = World::Block(L"stuck.exe", L"Forced Uninstall");
   struct Case {
+    std::wstring file;
     int mode;
-    bool exists, deleteFails, existsAfter;
+    bool exists, locked, existsAfter, backedUp;
     std::size_t queued;
     Lines body;
   } cases[] = {
-      {JobMode::Forced, true, false, false, 0, forced},
-      {JobMode::Forced, true, true, true, 1, forced},
-      {JobMode::Forced, false, false, false, 0, forced},
-      {JobMode::Forced + 1, true, false, true, 0, {}},
+      {loose, JobMode::Forced, true, false, false, true, 0, forced},
+      {loose, JobMode::Forced, true, true, true, true, 1, forced},
+      {loose, JobMode::Forced, false, false, false, false, 0, forced},
+      {system, JobMode::Forced, true, false, true, false, 0, forced},
+      {betas, JobMode::Forced, true, false, true, false, 0, forced},
+      {loose, JobMode::Forced + 1, true, false, true, false, 0, {}},
   };
   for (const Case& c : cases) {
     World w;
-    if (c.exists) w.m.files.AddFile(file, "MZ");
-    w.m.faults.Set(mem::Fault::FileDelete, c.deleteFails);
-    w.Run({file}, c.mode, Quick(false));
-    EXPECT_EQ(w.m.files.FileExists(file), c.existsAfter);
-    EXPECT_EQ(w.m.files.PendingRenames().size(), c.queued);
+    w.list[1]->InstallLocation = L"C:\\Beta";
+    if (c.exists) w.m.files.AddFile(c.file, "MZ");
+    w.m.faults.Set(mem::Fault::FileDelete, c.locked);
+    w.m.faults.Set(mem::Fault::FileMove, c.locked);
+    const TUninstallSequence& run = w.Run({c.file}, c.mode, Quick(false));
+    EXPECT_EQ(w.m.files.FileExists(c.file), c.existsAfter) << c.file;
+    EXPECT_EQ(w.m.files.PendingRenames().size(), c.queued) << c.file;
     EXPECT_EQ(w.LogBody(), c.body);
     EXPECT_TRUE(w.m.processes.events.empty());
+    const Backup* backup = run.OwnBackup();
+    EXPECT_EQ(backup && !backup->Items().empty(), c.backedUp) << c.file;
+    const bool refused = run.ForcedOutcome() && run.ForcedOutcome()->refused != Refusal::None;
+    EXPECT_EQ(refused, c.file != loose && c.exists && c.mode == JobMode::Forced) << c.file;
   }
 }
 
