@@ -63,24 +63,67 @@ std::optional<ParsedCommand> ParseScan(const std::vector<std::wstring>& args,
   return parsed;
 }
 
+// --delete only after a scan, --no-backup only with --delete.
+bool CleanupFlagsValid(bool scan, bool remove, bool noBackup, std::wstring& error) {
+  if (remove && !scan) error = L"\"--delete\" deletes what \"--advanced\" finds: give both";
+  if (noBackup && !remove) error = L"\"--no-backup\" goes with \"--delete\"";
+  return error.empty();
+}
+
+// The flags `command` takes and its other arguments, in order; false, with
+// `error` set, for an unknown option.
+bool TakeFlagsAndTargets(const std::vector<std::wstring>& args, const std::wstring& command,
+                         Flags flags, std::vector<std::wstring>& targets, std::wstring& error) {
+  for (const std::wstring& arg : std::span(args).subspan(1)) {
+    if (SetFlag(arg, flags)) continue;
+    if (arg.starts_with(L"--")) {
+      error = UnknownOption(arg, command);
+      return false;
+    }
+    targets.push_back(arg);
+  }
+  return true;
+}
+
 std::optional<ParsedCommand> ParseUninstall(const std::vector<std::wstring>& args,
                                             ParsedCommand& parsed, std::wstring& error) {
   UninstallOptions& options = parsed.uninstall;
-  for (std::size_t i = 1; i < args.size(); ++i) {
-    if (SetFlag(args[i], {{L"--quiet", &options.quiet},
-                          {L"--json", &options.json},
-                          {L"--restore-point", &options.restorePoint}}))
-      continue;
-    if (args[i].starts_with(L"--")) {
-      error = UnknownOption(args[i], L"uninstall");
-      return std::nullopt;
-    }
-    options.targets.push_back(args[i]);
-  }
+  if (!TakeFlagsAndTargets(args, L"uninstall",
+                           {{L"--quiet", &options.quiet},
+                            {L"--json", &options.json},
+                            {L"--restore-point", &options.restorePoint},
+                            {L"--advanced", &options.advanced},
+                            {L"--delete", &options.deleteLeftovers},
+                            {L"--no-backup", &options.noBackup}},
+                           options.targets, error))
+    return std::nullopt;
   if (options.targets.empty()) {
     error = L"\"uninstall\" needs at least one program's name or index";
     return std::nullopt;
   }
+  if (!CleanupFlagsValid(options.advanced, options.deleteLeftovers, options.noBackup, error))
+    return std::nullopt;
+  return parsed;
+}
+
+std::optional<ParsedCommand> ParseForce(const std::vector<std::wstring>& args,
+                                        ParsedCommand& parsed, std::wstring& error) {
+  ForceOptions& options = parsed.force;
+  std::vector<std::wstring> files;
+  if (!TakeFlagsAndTargets(args, L"force",
+                           {{L"--quiet", &options.quiet},
+                            {L"--delete", &options.deleteLeftovers},
+                            {L"--no-backup", &options.noBackup},
+                            {L"--json", &options.json}},
+                           files, error))
+    return std::nullopt;
+  if (files.size() != 1) {
+    error = L"\"force\" takes one file: a program's file or a shortcut to it";
+    return std::nullopt;
+  }
+  options.file = files.front();
+  if (!CleanupFlagsValid(true, options.deleteLeftovers, options.noBackup, error))
+    return std::nullopt;
   return parsed;
 }
 
@@ -148,6 +191,7 @@ std::optional<ParsedCommand> ParseArguments(const std::vector<std::wstring>& arg
   parsed.command = args[0];
   if (parsed.command == L"scan") return ParseScan(args, parsed, error);
   if (parsed.command == L"uninstall") return ParseUninstall(args, parsed, error);
+  if (parsed.command == L"force") return ParseForce(args, parsed, error);
   if (parsed.command == L"logs") return ParseLogs(args, parsed, error);
   if (parsed.command == L"restore") return ParseRestore(args, parsed, error);
   if (parsed.command == L"backups") return ParseJsonOnly(args, parsed, parsed.backups.json, error);
@@ -170,6 +214,8 @@ std::wstring UsageText() {
   return L"usage: varnel-cli list [--json] [--all]\n"
          L"       varnel-cli scan <name|index> [--json] [--record FILE]\n"
          L"       varnel-cli uninstall <name|index>... [--quiet] [--json] [--restore-point]\n"
+         L"                 [--advanced [--delete [--no-backup]]]\n"
+         L"       varnel-cli force <file> [--quiet] [--delete [--no-backup]] [--json]\n"
          L"       varnel-cli logs [--json] | logs --show NAME\n"
          L"       varnel-cli backups [--json]\n"
          L"       varnel-cli restore <id|latest> [--json]\n"
@@ -193,6 +239,14 @@ std::wstring UsageText() {
          L"  --json    one object: per program what ran and whether it is still listed,\n"
          L"            and the log file\n"
          L"  --restore-point  make a system restore point first\n"
+         L"  --advanced  then scan each program's leftovers (as \"scan\" does)\n"
+         L"  --delete  and delete them, backed up first (\"restore\" puts them back);\n"
+         L"            what the guard refuses is listed as skipped\n"
+         L"  --no-backup  delete without a backup\n"
+         L"\n"
+         L"  force     the programs installed in the file's folder are uninstalled and their\n"
+         L"            leftovers scanned; with none, the file itself is deleted (backed up)\n"
+         L"            and the leftovers around it scanned; --delete deletes them too\n"
          L"\n"
          L"  logs      the uninstall log files; --json as an array; --show NAME prints one\n"
          L"\n"

@@ -30,6 +30,17 @@ struct UninstallOptions {
   bool quiet = false;
   bool json = false;
   bool restorePoint = false;
+  bool advanced = false;         // scan each program's leftovers after its uninstaller
+  bool deleteLeftovers = false;  // and delete them (with `advanced`)
+  bool noBackup = false;         // delete without a backup (with `deleteLeftovers`)
+};
+
+struct ForceOptions {
+  std::wstring file;  // a program's file or a shortcut to it
+  bool quiet = false;
+  bool deleteLeftovers = false;
+  bool noBackup = false;
+  bool json = false;
 };
 
 struct LogsOptions {
@@ -56,6 +67,7 @@ struct ParsedCommand {
   ListOptions list;
   ScanOptions scan;
   UninstallOptions uninstall;
+  ForceOptions force;
   LogsOptions logs;
   BackupsOptions backups;
   RestoreOptions restore;

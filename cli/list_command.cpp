@@ -5,6 +5,7 @@
 
 #include "cli/backups_command.h"
 #include "cli/extensions_command.h"
+#include "cli/force_command.h"
 #include "cli/json_output.h"
 #include "cli/logs_command.h"
 #include "cli/scan_command.h"
@@ -115,6 +116,7 @@ int RunCli(const Platform& platform, const std::vector<std::wstring>& args, std:
   if (parsed->command == L"scan") return RunScan(platform, parsed->scan, out, err);
   if (parsed->command == L"uninstall")
     return RunUninstall(platform, parsed->uninstall, out, err, progress);
+  if (parsed->command == L"force") return RunForce(platform, parsed->force, out, err, progress);
   if (parsed->command == L"logs") return RunLogs(platform, parsed->logs, out, err);
   if (parsed->command == L"backups") return RunBackups(platform, parsed->backups, out, err);
   if (parsed->command == L"restore") return RunRestore(platform, parsed->restore, out, err);

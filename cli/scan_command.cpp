@@ -104,7 +104,7 @@ std::string FormatScanText(const ScanFindings& found) {
   return out;
 }
 
-std::string FormatScanJson(const ScanFindings& found) {
+nlohmann::ordered_json ScanJson(const ScanFindings& found) {
   nlohmann::ordered_json registry = nlohmann::ordered_json::array();
   for (const auto& item : found.Registry)
     registry.push_back({
@@ -120,12 +120,13 @@ std::string FormatScanJson(const ScanFindings& found) {
   for (const auto& item : found.Files)
     files.push_back({{"path", Utf8(item.Path)},
                      {"kind", item.Kind == FileKind::Folder ? "folder" : "file"}});
-  nlohmann::ordered_json result = {{"program", Utf8(found.Record.Name)},
-                                   {"count", found.Count()},
-                                   {"registry", std::move(registry)},
-                                   {"files", std::move(files)}};
-  return DumpJson(result);
+  return {{"program", Utf8(found.Record.Name)},
+          {"count", found.Count()},
+          {"registry", std::move(registry)},
+          {"files", std::move(files)}};
 }
+
+std::string FormatScanJson(const ScanFindings& found) { return DumpJson(ScanJson(found)); }
 
 int RunScan(const Platform& platform, const ScanOptions& options, std::string& out,
             std::string& err) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 
@@ -24,6 +25,8 @@ int FindProgram(const TSoftList& list, const std::vector<int>& indexes,
 bool ReadRecords(const std::string& json, TSoftList& records, std::vector<int>& indexes);
 
 std::string FormatScanText(const ScanFindings& found);
+// The object `scan --json` prints.
+nlohmann::ordered_json ScanJson(const ScanFindings& found);
 std::string FormatScanJson(const ScanFindings& found);
 
 int RunScan(const Platform& platform, const ScanOptions& options, std::string& out,

@@ -4,6 +4,7 @@
 #include <nlohmann/json.hpp>
 
 #include "cli/json_output.h"
+#include "cli/leftover_cleanup.h"
 #include "cli/list_command.h"
 #include "cli/scan_command.h"
 #include "core/registry_location.h"
@@ -123,7 +124,7 @@ int UninstallExitCode(const UninstallReport& report) {
   return code;
 }
 
-std::string FormatUninstallText(const UninstallReport& report) {
+std::string FormatUninstallText(const UninstallReport& report, const LeftoverCleanup* cleanup) {
   std::string out;
   for (const UninstallOutcome& o : report.programs) {
     out += Utf8(o.name) + ": ";
@@ -139,11 +140,17 @@ std::string FormatUninstallText(const UninstallReport& report) {
     }
     out += "\n";
   }
+  if (cleanup) out += cleanup->Text();
   if (!report.logFile.empty()) out += "log: " + Utf8(report.logFile) + "\n";
   return out;
 }
 
-std::string FormatUninstallJson(const UninstallReport& report) {
+std::string FormatUninstallJson(const UninstallReport& report, const LeftoverCleanup* cleanup) {
+  return DumpJson(UninstallJson(report, cleanup));
+}
+
+nlohmann::ordered_json UninstallJson(const UninstallReport& report,
+                                     const LeftoverCleanup* cleanup) {
   nlohmann::ordered_json programs = nlohmann::ordered_json::array();
   for (const UninstallOutcome& o : report.programs) {
     nlohmann::ordered_json item = {
@@ -166,7 +173,35 @@ std::string FormatUninstallJson(const UninstallReport& report) {
       {"logFile", report.logFile.empty() ? nlohmann::ordered_json(nullptr)
                                          : nlohmann::ordered_json(Utf8(report.logFile))},
   };
-  return DumpJson(result);
+  if (cleanup) cleanup->AddJson(result);
+  return result;
+}
+
+std::vector<std::wstring> OtherProgramFolders(const TSoftList& list,
+                                              const std::vector<int>& cleaned) {
+  std::vector<std::wstring> folders;
+  for (std::size_t i = 0; i < list.size(); ++i) {
+    const TSoftInfo* info = list[i].get();
+    if (!info || info->InstallLocation.empty()) continue;
+    const bool own = std::any_of(cleaned.begin(), cleaned.end(), [&](int c) {
+      return c == static_cast<int>(i) ||
+             (info->Hidden && text::SameText(list[c]->Name, info->Name));
+    });
+    if (!own) folders.push_back(info->InstallLocation);
+  }
+  return folders;
+}
+
+void CleanLeftovers(const TSoftList& list, const UninstallReport& report,
+                    LeftoverCleanup& cleanup, const Progress& progress) {
+  std::vector<int> cleaned;
+  for (const UninstallOutcome& o : report.programs) {
+    if (!o.skipped.empty() || !o.removeInBrowser.empty()) continue;
+    // The record as it was before its uninstaller ran: the entry may be gone.
+    cleanup.Scan(list, o.index);
+    cleaned.push_back(o.index);
+  }
+  cleanup.Finish(OtherProgramFolders(list, cleaned), progress);
 }
 
 int RunUninstall(const Platform& platform, const UninstallOptions& options, std::string& out,
@@ -183,9 +218,16 @@ int RunUninstall(const Platform& platform, const UninstallOptions& options, std:
       }
       indexes.push_back(index);
     }
-    const UninstallReport report =
-        UninstallPrograms(platform, list, indexes, options, options.json ? Progress() : progress);
-    out += options.json ? FormatUninstallJson(report) : FormatUninstallText(report);
+    const Progress shown = options.json ? Progress() : progress;
+    const UninstallReport report = UninstallPrograms(platform, list, indexes, options, shown);
+    std::unique_ptr<LeftoverCleanup> cleanup;
+    if (options.advanced) {
+      cleanup = std::make_unique<LeftoverCleanup>(platform, options.deleteLeftovers,
+                                                  !options.noBackup);
+      CleanLeftovers(list, report, *cleanup, shown);
+    }
+    out += options.json ? FormatUninstallJson(report, cleanup.get())
+                        : FormatUninstallText(report, cleanup.get());
     code = UninstallExitCode(report);
   });
   return code;

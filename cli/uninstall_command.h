@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <map>
+#include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
 #include <vector>
@@ -63,8 +64,15 @@ struct UninstallReport {
   std::wstring logFile;
 };
 
-std::string FormatUninstallText(const UninstallReport& report);
-std::string FormatUninstallJson(const UninstallReport& report);
+class LeftoverCleanup;
+
+// With `cleanup`, its leftovers (and what was deleted) follow.
+std::string FormatUninstallText(const UninstallReport& report,
+                                const LeftoverCleanup* cleanup = nullptr);
+std::string FormatUninstallJson(const UninstallReport& report,
+                                const LeftoverCleanup* cleanup = nullptr);
+nlohmann::ordered_json UninstallJson(const UninstallReport& report,
+                                     const LeftoverCleanup* cleanup);
 // 0 every program gone, 1 one skipped or not started, 3 one still listed.
 int UninstallExitCode(const UninstallReport& report);
 
@@ -73,6 +81,16 @@ int UninstallExitCode(const UninstallReport& report);
 UninstallReport UninstallPrograms(const Platform& platform, const TSoftList& list,
                                   const std::vector<int>& indexes, const UninstallOptions& options,
                                   const Progress& progress);
+
+// The install folders of every record but `cleaned` (and their hidden
+// twins): what a deletion of the cleaned programs' leftovers must leave alone.
+std::vector<std::wstring> OtherProgramFolders(const TSoftList& list,
+                                              const std::vector<int>& cleaned);
+
+// Scans (and with `remove` deletes) the leftovers of every program the
+// report ran, or tried to run: a skipped program was never touched.
+void CleanLeftovers(const TSoftList& list, const UninstallReport& report,
+                    LeftoverCleanup& cleanup, const Progress& progress);
 
 int RunUninstall(const Platform& platform, const UninstallOptions& options, std::string& out,
                  std::string& err, const Progress& progress);

@@ -6,6 +6,7 @@
 #include "core/data_folder.h"
 #include "core/text.h"
 #include "platform/memory/memory_platform.h"
+#include "uninstall/backup.h"
 #include "uninstall/uninstall_log.h"
 
 namespace varnel {
@@ -55,7 +56,10 @@ TEST_F(UninstallCliTest, BadCommandLinesGetCodeTwoAndUnknownNamesRunNothing) {
   Program(L"Alpha", true);
   for (auto args : std::vector<std::vector<std::wstring>>{
            {L"uninstall"}, {L"uninstall", L"--quite", L"Alpha"}, {L"uninstall", L"--json"},
-           {L"logs", L"--show"}, {L"logs", L"--json", L"--show", L"x.log"}, {L"logs", L"x"}})
+           {L"logs", L"--show"}, {L"logs", L"--json", L"--show", L"x.log"}, {L"logs", L"x"},
+           {L"uninstall", L"Alpha", L"--delete"},
+           {L"uninstall", L"Alpha", L"--advanced", L"--no-backup"}, {L"force"},
+           {L"force", L"C:\\a.exe", L"C:\\b.exe"}, {L"force", L"C:\\a.exe", L"--advanced"}})
     EXPECT_EQ(Run(args), 2) << err;
   EXPECT_EQ(Run({L"uninstall", L"Alpha", L"No Such Program"}), 1);
   EXPECT_NE(err.find("no program \"No Such Program\""), std::string::npos) << err;
@@ -127,6 +131,36 @@ TEST_F(UninstallCliTest, LogsAreListedAndShownByNameOnly) {
   EXPECT_EQ(out.find('\r'), std::string::npos);
   EXPECT_EQ(Run({L"logs", L"--show", L"..\\..\\..\\..\\..\\..\\elsewhere\\secret.log"}), 1);
   EXPECT_TRUE(out.empty());
+}
+
+// The leftovers of an uninstalled program are printed as `scan` prints them
+// and deleted through the guard; files that will not go (locked, not even
+// queued) are skipped with their reason and do not fail the command.
+TEST_F(UninstallCliTest, AdvancedDeleteRemovesLeftoversBackedUpAndSkipsWhatWillNotGo) {
+  Program(L"Alpha", true);
+  const std::wstring key = L"Software\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\Alpha";
+  m.registry.SetString(RegRoot::LocalMachine, key, L"InstallLocation", L"C:\\Apps\\Alpha", true);
+  m.registry.SetString(RegRoot::CurrentUser, L"Software\\Alpha\\Settings", L"Folder",
+                       L"C:\\Apps\\Alpha", true);
+  m.files.AddFile(L"C:\\Apps\\Alpha\\data\\a.dat", "x");
+  for (mem::Fault fault : {mem::Fault::FileMove, mem::Fault::FileDelete,
+                           mem::Fault::FolderRemove, mem::Fault::MoveOnReboot})
+    m.faults.Set(fault);
+  ASSERT_EQ(Run({L"uninstall", L"Alpha", L"--advanced", L"--delete", L"--json"}), 0) << err;
+  const auto json = nlohmann::json::parse(out);
+  EXPECT_EQ(json["leftovers"][0]["count"], 5) << out;
+  EXPECT_EQ(json["leftovers"][0]["files"][2]["path"], "C:\\Apps\\Alpha\\data\\a.dat");
+  EXPECT_EQ(json["deleted"]["registry"].size(), 1u) << out;
+  auto settings = m.registry.OpenKey(RegRoot::CurrentUser, L"Software\\Alpha\\Settings",
+                                    RegAccess::Read, true);
+  EXPECT_TRUE(settings && !settings->ValueExists(L"Folder"));
+  EXPECT_TRUE(json["deleted"]["files"].empty()) << out;
+  ASSERT_EQ(json["skipped"].size(), 4u) << out;
+  for (const auto& skipped : json["skipped"])
+    EXPECT_EQ(skipped["reason"], "could not be deleted") << out;
+  EXPECT_TRUE(m.files.FileExists(L"C:\\Apps\\Alpha\\data\\a.dat"));
+  ASSERT_TRUE(json["backup"].is_string()) << out;
+  EXPECT_EQ(ListBackups(m.Get()).front().id, text::FromUtf8(json["backup"].get<std::string>()));
 }
 
 }  // namespace
