@@ -164,8 +164,14 @@ std::optional<RegValue> ReadData(std::wstring_view s) {
 }
 
 std::wstring DecodeBytes(std::span<const std::uint8_t> bytes) {
-  if (bytes.size() >= 2 && bytes[0] == 0xFF && bytes[1] == 0xFE)
-    return text::FromUtf16Bytes(bytes.subspan(2));
+  if (bytes.size() >= 2 && bytes[0] == 0xFF && bytes[1] == 0xFE) {
+    // Every unit, NULs too: a name the writer put in must come back whole,
+    // not cut short with the rest of the file.
+    std::wstring out;
+    for (std::size_t i = 2; i + 1 < bytes.size(); i += 2)
+      out.push_back(static_cast<wchar_t>(bytes[i] | bytes[i + 1] << 8));
+    return out;
+  }
   if (bytes.size() >= 3 && bytes[0] == 0xEF && bytes[1] == 0xBB && bytes[2] == 0xBF)
     bytes = bytes.subspan(3);
   return text::FromUtf8(std::string_view(reinterpret_cast<const char*>(bytes.data()), bytes.size()));
