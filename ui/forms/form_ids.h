@@ -30,6 +30,11 @@ constexpr int Open = 110;
 constexpr int Delete = 111;
 constexpr int DeleteAll = 112;
 constexpr int Cancel = 113;
+constexpr int BackupsLabel = 103;
+constexpr int Backups = 104;
+constexpr int Room = 105;
+constexpr int Restore = 114;
+constexpr int DeleteBackup = 115;
 }  // namespace LogManagerId
 
 namespace ForceUninstallId {

@@ -17,12 +17,21 @@ constexpr wchar_t kFormName[] = L"LogManager_Form";
 constexpr wchar_t kSureDeleteKey[] = L"M_SureDelSelect";
 constexpr wchar_t kSureDeleteAllDefault[] =
     L"Are you sure to delete all files? The deletion CANNOT be restored.";
+constexpr int kBackupColumns = 4;
+
+void SetCell(controls::ListView& list, int item, int column, const std::wstring& text) {
+  std::wstring buffer(text);
+  LVITEMW cell{};
+  cell.iSubItem = column;
+  cell.pszText = buffer.data();
+  SendMessageW(list.Handle(), LVM_SETITEMTEXTW, item, reinterpret_cast<LPARAM>(&cell));
+}
 
 }  // namespace
 
 TLogManager_Form::TLogManager_Form(TApplication& app, HWND owner) : Form(app) {
   const UINT dpi = controls::DpiOf(owner);
-  if (!Create(kFormName, controls::Scale(560, dpi), controls::Scale(420, dpi), owner,
+  if (!Create(kFormName, controls::Scale(600, dpi), controls::Scale(620, dpi), owner,
               WS_OVERLAPPEDWINDOW & ~(WS_MAXIMIZEBOX | WS_MINIMIZEBOX)))
     return;
   CreateControls();
@@ -49,6 +58,22 @@ void TLogManager_Form::CreateControls() {
   delete_.Attach(CreateChild(hwnd_, L"BUTTON", L"Delete", BS_PUSHBUTTON | WS_TABSTOP, Id::Delete));
   deleteAll_.Attach(
       CreateChild(hwnd_, L"BUTTON", L"Delete All", BS_PUSHBUTTON | WS_TABSTOP, Id::DeleteAll));
+  backupsLabel_.Attach(CreateChild(hwnd_, L"STATIC", L"Backups of deleted items",
+                                   SS_LEFT | SS_NOPREFIX, Id::BackupsLabel));
+  backupList_.Attach(CreateChild(hwnd_, WC_LISTVIEWW, L"",
+                                 LVS_REPORT | LVS_SINGLESEL | LVS_SHOWSELALWAYS | WS_TABSTOP |
+                                     WS_GROUP,
+                                 Id::Backups, WS_EX_CLIENTEDGE));
+  backupList_.SetExtendedStyle(LVS_EX_FULLROWSELECT | LVS_EX_DOUBLEBUFFER,
+                               LVS_EX_FULLROWSELECT | LVS_EX_DOUBLEBUFFER);
+  const wchar_t* columns[kBackupColumns] = {L"Backup", L"Created", L"Items", L"Size"};
+  for (int c = 0; c < kBackupColumns; ++c)
+    backupList_.InsertColumn(c, columns[c], 100, c >= 2 ? LVCFMT_RIGHT : LVCFMT_LEFT);
+  room_.Attach(CreateChild(hwnd_, L"STATIC", L"", SS_LEFT | SS_NOPREFIX, Id::Room));
+  restore_.Attach(CreateChild(hwnd_, L"BUTTON", L"Restore", BS_PUSHBUTTON | WS_TABSTOP | WS_GROUP,
+                              Id::Restore));
+  deleteBackup_.Attach(
+      CreateChild(hwnd_, L"BUTTON", L"Delete", BS_PUSHBUTTON | WS_TABSTOP, Id::DeleteBackup));
   cancel_.Attach(CreateChild(hwnd_, L"BUTTON", L"Cancel", BS_PUSHBUTTON | WS_TABSTOP, Id::Cancel));
 }
 
@@ -61,10 +86,24 @@ void TLogManager_Form::LoadTexts() {
   t.AddWindow(L"Button_Delete", ComponentKind::Button, delete_.Handle());
   t.AddWindow(L"Button_DeleteAll", ComponentKind::Button, deleteAll_.Handle());
   t.AddWindow(L"Button_Cancel", ComponentKind::Button, cancel_.Handle());
+  t.AddWindow(L"Label_Backups", ComponentKind::Label, backupsLabel_.Handle());
+  t.AddListColumns(L"ListView_Backup", backupList_, kBackupColumns);
+  t.AddWindow(L"Button_Restore", ComponentKind::Button, restore_.Handle());
+  t.AddWindow(L"Button_DeleteBackup", ComponentKind::Button, deleteBackup_.Handle());
   const auto language = TranslateForm(app_.Machine(), t);
-  sureDelete_ = CatalogMessage(*language, kFormName, kSureDeleteKey);
+  auto m = [&](std::wstring_view key) { return CatalogMessage(*language, kFormName, key); };
+  sureDelete_ = m(kSureDeleteKey);
   sureDeleteAll_ =
       language->ReadString(t.Section() + L"_M", kSureDeleteKey, kSureDeleteAllDefault);
+  sureRestore_ = m(L"M_SureRestore");
+  sureDeleteBackup_ = m(L"M_SureDelBackup");
+  TBackupListTexts texts;
+  texts.Room = m(L"M_BackupRoom");
+  texts.NoBackups = m(L"M_NoBackups");
+  texts.Restored = m(L"M_Restored");
+  texts.NotRestored = m(L"M_NotRestored");
+  texts.Missing = m(L"M_BackupMissing");
+  backups_ = std::make_unique<BackupList>(app_.Machine(), std::move(texts));
 }
 
 void TLogManager_Form::ApplyDpi() {
@@ -78,7 +117,8 @@ void TLogManager_Form::ApplyDpi() {
   titleFont_.reset(CreateFontIndirectW(&title));
   title_.SetFont(titleFont_.get());
   for (HWND c : {info_.Handle(), list_.Handle(), open_.Handle(), delete_.Handle(),
-                 deleteAll_.Handle(), cancel_.Handle()})
+                 deleteAll_.Handle(), cancel_.Handle(), backupList_.Handle(), room_.Handle(),
+                 restore_.Handle(), deleteBackup_.Handle()})
     controls::Window(c).SetFont(font_.get());
   const int size = controls::Scale(32, dpi);
   icons_ = controls::ImageList(size, size);
@@ -93,6 +133,10 @@ void TLogManager_Form::ApplyDpi() {
   }
   list_.SetImageList(icons_.Handle(), LVSIL_NORMAL);
   list_.SetIconSpacing(controls::Scale(90, dpi), controls::Scale(90, dpi));
+  backupsLabel_.SetFont(titleFont_.get());
+  const int widths[kBackupColumns] = {150, 150, 70, 100};
+  for (int c = 0; c < kBackupColumns; ++c)
+    backupList_.SetColumnWidth(c, controls::Scale(widths[c], dpi));
   Layout();
 }
 
@@ -105,14 +149,27 @@ void TLogManager_Form::Layout() {
   const int width = r.right - s(32);
   title_.Move(s(16), s(14), width, s(26));
   info_.Move(s(16), s(42), width, s(20));
-  const int buttonTop = r.bottom - s(44);
-  list_.Move(s(16), s(68), width, buttonTop - s(12) - s(68));
-  const int w = s(96), gap = s(8);
+  // The logs above with their buttons, the backups below with theirs and Cancel.
+  const int w = s(96), gap = s(8), h = s(28);
+  const int bottom = r.bottom - s(44);
+  const int backupsHeight = (bottom - s(68)) * 2 / 5;
+  const int backupsTop = bottom - s(12) - backupsHeight;
+  const int labelTop = backupsTop - s(30);
+  const int logButtons = labelTop - s(12) - h;
+  list_.Move(s(16), s(68), width, logButtons - s(10) - s(68));
   int x = r.right - s(16) - w;
-  for (controls::Button* b : {&cancel_, &deleteAll_, &delete_, &open_}) {
-    b->Move(x, buttonTop, w, s(28));
+  for (controls::Button* b : {&deleteAll_, &delete_, &open_}) {
+    b->Move(x, logButtons, w, h);
     x -= w + gap;
   }
+  backupsLabel_.Move(s(16), labelTop, width, s(24));
+  backupList_.Move(s(16), backupsTop, width, backupsHeight);
+  x = r.right - s(16) - w;
+  for (controls::Button* b : {&cancel_, &deleteBackup_, &restore_}) {
+    b->Move(x, bottom, w, h);
+    x -= w + gap;
+  }
+  room_.Move(s(16), bottom + s(6), x + w - s(16) - s(8), s(20));
 }
 
 // Lists the log folder's files afresh at every showing.
@@ -127,7 +184,49 @@ void TLogManager_Form::OnShow() {
   list_.SetRedraw(true);
   list_.Invalidate();
   deleteAll_.Enable(!logs_.empty());
+  FillBackups();
   lastFocus_ = list_.Handle();
+}
+
+void TLogManager_Form::FillBackups() {
+  backups_->Refresh();
+  backupList_.SetRedraw(false);
+  backupList_.DeleteAll();
+  for (std::size_t i = 0; i < backups_->Count(); ++i) {
+    const BackupRow row = backups_->Row(i);
+    const int item =
+        backupList_.InsertItem(static_cast<int>(i), row.id, -1, static_cast<LPARAM>(i));
+    SetCell(backupList_, item, 1, row.created);
+    SetCell(backupList_, item, 2, row.items);
+    SetCell(backupList_, item, 3, row.size);
+  }
+  backupList_.SetRedraw(true);
+  backupList_.Invalidate();
+  room_.SetText(backups_->RoomLine());
+  BackupSelectionChanged();
+}
+
+void TLogManager_Form::BackupSelectionChanged() {
+  const bool selected = backups_->CanAct(backupList_.Selected());
+  restore_.Enable(selected);
+  deleteBackup_.Enable(selected);
+}
+
+void TLogManager_Form::RestoreClick() {
+  const int selected = backupList_.Selected();
+  if (!backups_->CanAct(selected) || !Ask(sureRestore_)) return;
+  const std::optional<std::wstring> report = backups_->Restore(selected);
+  if (!report) return;
+  MessageBoxW(hwnd_, report->c_str(), controls::Window(hwnd_).Text().c_str(),
+              MB_OK | MB_ICONINFORMATION);
+  FillBackups();
+}
+
+void TLogManager_Form::DeleteBackupClick() {
+  const int selected = backupList_.Selected();
+  if (!backups_->CanAct(selected) || !Ask(sureDeleteBackup_)) return;
+  backups_->Delete(selected);
+  FillBackups();
 }
 
 const TLogFile* TLogManager_Form::SelectedLog() const {
@@ -190,6 +289,12 @@ void TLogManager_Form::OnCommand(int id, int, HWND) {
     case Id::DeleteAll:
       DeleteAllClick();
       return;
+    case Id::Restore:
+      RestoreClick();
+      return;
+    case Id::DeleteBackup:
+      DeleteBackupClick();
+      return;
     case Id::Cancel:
     case IDCANCEL:
       Close();
@@ -200,6 +305,15 @@ void TLogManager_Form::OnCommand(int id, int, HWND) {
 }
 
 LRESULT TLogManager_Form::OnNotify(NMHDR& header) {
+  if (header.hwndFrom == backupList_.Handle()) {
+    if (header.code == LVN_ITEMCHANGED) {
+      const auto& change = reinterpret_cast<NMLISTVIEW&>(header);
+      if ((change.uChanged & LVIF_STATE) &&
+          ((change.uNewState ^ change.uOldState) & LVIS_SELECTED))
+        BackupSelectionChanged();
+    }
+    return header.code == LVN_BEGINLABELEDITW ? TRUE : 0;
+  }
   if (header.hwndFrom != list_.Handle()) return 0;
   switch (header.code) {
     case LVN_ITEMCHANGED: {

@@ -13,11 +13,13 @@
 #include "controls/list_view.h"
 #include "ui/forms/form.h"
 #include "ui/forms/form_texts.h"
+#include "uninstall/backup_list.h"
 #include "uninstall/log_manager.h"
 
 namespace varnel::forms {
 
-// The uninstall logs as large icons, to open or delete.
+// The uninstall logs as large icons, to open or delete; below them the
+// deletion runs' backups, to restore or delete.
 class TLogManager_Form : public Form {
  public:
   TLogManager_Form(TApplication& app, HWND owner);
@@ -42,12 +44,17 @@ class TLogManager_Form : public Form {
   void DeleteClick();
   void DeleteAllClick();
   bool Ask(const std::wstring& text);
+  void FillBackups();
+  void BackupSelectionChanged();
+  void RestoreClick();
+  void DeleteBackupClick();
 
   std::vector<TLogFile> logs_;  // item parameters index this
-  std::wstring sureDelete_, sureDeleteAll_;
-  controls::Label title_, info_;
-  controls::ListView list_;
-  controls::Button open_, delete_, deleteAll_, cancel_;
+  std::wstring sureDelete_, sureDeleteAll_, sureRestore_, sureDeleteBackup_;
+  std::unique_ptr<BackupList> backups_;  // rows index this, in list order
+  controls::Label title_, info_, backupsLabel_, room_;
+  controls::ListView list_, backupList_;
+  controls::Button open_, delete_, deleteAll_, cancel_, restore_, deleteBackup_;
   controls::ImageList icons_;
   controls::UniqueFont font_, titleFont_;
   std::unique_ptr<TFormTexts> texts_;
