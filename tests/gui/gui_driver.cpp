@@ -225,12 +225,12 @@ int Program::SortArrow(int column) const {
   return item.fmt & (HDF_SORTUP | HDF_SORTDOWN);
 }
 
-void Program::SelectRow(int row) {
+void Program::SelectRowOf(HWND list, int row) {
   LVITEMW item{};
   item.stateMask = LVIS_SELECTED | LVIS_FOCUSED;
   item.state = LVIS_SELECTED | LVIS_FOCUSED;
   Remote(&item, sizeof item, [&](void* remote) {
-    SendMessageTimeoutW(List(), LVM_SETITEMSTATE, row, reinterpret_cast<LPARAM>(remote),
+    SendMessageTimeoutW(list, LVM_SETITEMSTATE, row, reinterpret_cast<LPARAM>(remote),
                         SMTO_NORMAL, 10000, nullptr);
   });
 }

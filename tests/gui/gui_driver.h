@@ -59,7 +59,8 @@ class Program {
   std::wstring ColumnText(int column) const;
   // HDF_SORTUP, HDF_SORTDOWN or 0.
   int SortArrow(int column) const;
-  void SelectRow(int row);
+  void SelectRow(int row) { SelectRowOf(List(), row); }
+  void SelectRowOf(HWND list, int row);
   int SelectedRow() const;
   void ClickColumn(int column);
   // The captions of every row, in list order.

@@ -23,6 +23,8 @@
 #include "ui/forms/form_ids.h"
 #include "ui/forms/main_form_ids.h"
 #include "ui/forms/private_messages.h"
+#include "uninstall/backup.h"
+#include "uninstall/deletion_guard.h"
 
 namespace varnel::guitest {
 namespace {
@@ -878,6 +880,85 @@ TEST_F(Gui, LogManagerDeleteAllEmptiesTheLogFolder) {
   PostMessageW(logs, WM_COMMAND, IDCANCEL, 0);
   EXPECT_TRUE(WaitUntil([&] { return !IsWindowVisible(logs) && IsWindowEnabled(app.Main()); }));
   RemoveDirectoryW((folder + L"x.log").c_str());
+}
+
+// A folder the guard deleted comes back through the log manager's Restore,
+// and Delete then removes its backup.
+TEST_F(Gui, LogManagerRestoresABackupAndDeletesIt) {
+  const std::wstring folder = L"C:\\varnel-tests\\backed-up";
+  const std::wstring file = folder + L"\\notes.txt";
+  CreateDirectoryW(folder.c_str(), nullptr);
+  std::ofstream(text::ToUtf8(file).c_str()) << "keep me";
+  win32::Win32Platform machine;
+  std::wstring id;
+  {
+    auto backup = Backup::Begin(machine.Get());
+    ASSERT_TRUE(backup);
+    DeletionGuard guard(machine.Get(), ProtectedPlaces(machine.Get(), {}), backup.get());
+    ASSERT_TRUE(guard.DeleteFolderTree(folder).deleted);
+    id = backup->Id();
+  }
+  ASSERT_FALSE(FileExists(file));
+
+  app.Command(Id::MenuLogManagement, true);
+  HWND logs = nullptr;
+  ASSERT_TRUE(WaitUntil([&] {
+    logs = app.FindOwnWindow(L"TLogManager_Form");
+    return logs && IsWindowVisible(logs);
+  }));
+  namespace L = forms::LogManagerId;
+  HWND list = GetDlgItem(logs, L::Backups), room = GetDlgItem(logs, L::Room);
+  HWND restore = GetDlgItem(logs, L::Restore), remove = GetDlgItem(logs, L::DeleteBackup);
+  auto rowOf = [&] {
+    for (int i = 0, n = app.RowCountOf(list); i < n; ++i)
+      if (app.CellOf(list, i, 0) == id) return i;
+    return -1;
+  };
+  int row = rowOf();
+  ASSERT_GE(row, 0);
+  EXPECT_EQ(app.CellOf(list, row, 2), L"1");
+  EXPECT_EQ(WindowText(room).rfind(L"All backups together take ", 0), 0u)
+      << text::ToUtf8(WindowText(room));
+  EXPECT_FALSE(IsWindowEnabled(restore));
+  app.SelectRowOf(list, row);
+  Settle();
+  EXPECT_TRUE(IsWindowEnabled(restore));
+  EXPECT_TRUE(IsWindowEnabled(remove));
+
+  const std::wstring english = ReadUtf8(kAppDir + L"Toolbox_Language\\English.lng");
+  auto asked = [&](HWND box, const wchar_t* key) {
+    return ShowsText(box, LngValue(english, L"Uninstaller_LogManager_Form_M", key));
+  };
+  PostMessageW(logs, WM_COMMAND, L::Restore, 0);
+  HWND question = app.WaitForDialog(logs);
+  ASSERT_NE(question, nullptr);
+  EXPECT_TRUE(asked(question, L"M_SureRestore"));
+  PostMessageW(question, WM_COMMAND, IDYES, 0);
+  HWND notice = nullptr;
+  ASSERT_TRUE(WaitUntil([&] {
+    notice = app.DialogOwnedBy(logs);
+    return notice && notice != question && ShowsText(notice, L"1 items were restored.");
+  }));
+  PostMessageW(notice, WM_COMMAND, IDOK, 0);
+  ASSERT_TRUE(WaitUntil([&] { return !IsWindow(notice); }));
+  EXPECT_EQ(ReadUtf8(file), L"keep me");
+
+  row = rowOf();
+  ASSERT_GE(row, 0);  // a restore keeps the backup
+  app.SelectRowOf(list, row);
+  Settle();
+  PostMessageW(logs, WM_COMMAND, L::DeleteBackup, 0);
+  question = app.WaitForDialog(logs);
+  ASSERT_NE(question, nullptr);
+  EXPECT_TRUE(asked(question, L"M_SureDelBackup"));
+  Answer(IDYES, logs);
+  EXPECT_TRUE(WaitUntil([&] { return rowOf() < 0; }));
+  for (const BackupSummary& b : ListBackups(machine.Get())) EXPECT_NE(b.id, id);
+  EXPECT_FALSE(IsWindowEnabled(restore));
+  PostMessageW(logs, WM_COMMAND, IDCANCEL, 0);
+  EXPECT_TRUE(WaitUntil([&] { return !IsWindowVisible(logs) && IsWindowEnabled(app.Main()); }));
+  DeleteFileW(file.c_str());
+  RemoveDirectoryW(folder.c_str());
 }
 
 // Last: it removes an entry for good.
