@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "core/app_frame.h"
+#include "core/path_resolution.h"
 #include "core/shortcut.h"
 #include "core/text.h"
 #include "core/uninstall_command.h"
@@ -44,17 +45,52 @@ std::wstring Given(std::wstring_view field) {
   return trimmed == L"-" ? std::wstring() : text::Lower(trimmed);
 }
 
+// What a folder walk does after visiting an entry.
+enum class Next { Skip, Enter, Stop };
+
+// Depth first, entries in the order listed, each folder entered right after
+// its visit, with a stack of its own so that a tree nested thousands deep
+// cannot exhaust the thread's; a stop request ends it.
+template <typename Visit>
+void WalkFolders(TRegeditScanClasses& scan, const std::wstring& base, Visit visit) {
+  struct Level {
+    std::wstring folder;
+    std::vector<FindEntry> entries;
+    std::size_t next = 0;
+  };
+  std::vector<Level> stack;
+  auto push = [&](std::wstring folder) {
+    Level level{std::move(folder), {}, 0};
+    if (!scan.Machine().files.FindEntries(Join(level.folder, L"*.*"), level.entries))
+      level.entries.clear();
+    stack.push_back(std::move(level));
+  };
+  push(base);
+  while (!stack.empty()) {
+    Level& top = stack.back();
+    if (top.next == top.entries.size()) {
+      stack.pop_back();
+      continue;
+    }
+    const FindEntry& entry = top.entries[top.next++];
+    if (!scan.Step() || IsDotName(entry)) {
+      if (!scan.Running()) return;
+      continue;
+    }
+    auto path = Join(top.folder, entry.name);
+    const Next next = visit(entry, path);
+    if (next == Next::Stop) return;
+    if (next == Next::Enter) push(std::move(path));  // invalidates `top`
+  }
+}
+
 // One depth-first walk for several names at once: found[i] is the first
 // folder named names[i], as a walk for that name alone would find it.
-void FindFolders(TRegeditScanClasses& scan, const std::wstring& folder,
+void FindFolders(TRegeditScanClasses& scan, const std::wstring& base,
                  const std::vector<std::wstring>& names, std::vector<std::wstring>& found,
                  std::size_t& missing) {
-  std::vector<FindEntry> entries;
-  if (!scan.Machine().files.FindEntries(Join(folder, L"*.*"), entries)) return;
-  for (const auto& entry : entries) {
-    if (!scan.Step()) return;
-    if (!IsFolder(entry) || IsDotName(entry) || IsJunction(entry)) continue;
-    const auto path = Join(folder, entry.name);
+  WalkFolders(scan, base, [&](const FindEntry& entry, const std::wstring& path) {
+    if (!IsFolder(entry) || IsJunction(entry)) return Next::Skip;
     const auto lower = text::Lower(entry.name);
     for (std::size_t i = 0; i < names.size(); ++i) {
       if (found[i].empty() && !names[i].empty() && lower == names[i]) {
@@ -62,10 +98,8 @@ void FindFolders(TRegeditScanClasses& scan, const std::wstring& folder,
         --missing;
       }
     }
-    if (missing == 0) return;
-    FindFolders(scan, path, names, found, missing);
-    if (missing == 0) return;
-  }
+    return missing == 0 ? Next::Stop : Next::Enter;
+  });
 }
 
 std::vector<std::wstring> FindFolders(TRegeditScanClasses& scan, const std::wstring& base,
@@ -88,21 +122,16 @@ std::wstring FindFolder(TRegeditScanClasses& scan, const std::wstring& base,
 // Reports every folder and file below `folder` that is not handled and puts
 // it on the list; a handled folder is not entered, nor is a junction.
 void AddFolderTree(TRegeditScanClasses& scan, const std::wstring& folder, HandledPaths& handled) {
-  std::vector<FindEntry> entries;
-  if (!scan.Machine().files.FindEntries(Join(folder, L"*.*"), entries)) return;
-  for (const auto& entry : entries) {
-    if (!scan.Step()) return;
-    if (IsDotName(entry)) continue;
-    const auto path = Join(folder, entry.name);
-    if (!handled.insert(KeyOf(path)).second) continue;
-    if (IsFolder(entry)) {
-      scan.AddFile(path, 0, 0, FileKind::Folder);
-      if (!IsJunction(entry)) AddFolderTree(scan, path, handled);
-    } else {
+  WalkFolders(scan, folder, [&](const FindEntry& entry, const std::wstring& path) {
+    if (!handled.insert(KeyOf(path)).second) return Next::Skip;
+    if (!IsFolder(entry)) {
       scan.AddFile(path, static_cast<std::uint32_t>(entry.size & 0xFFFFFFFFu),
                    static_cast<std::uint32_t>(entry.size >> 32), FileKind::File);
+      return Next::Skip;
     }
-  }
+    scan.AddFile(path, 0, 0, FileKind::Folder);
+    return IsJunction(entry) ? Next::Skip : Next::Enter;
+  });
 }
 
 class FileScan {
@@ -142,11 +171,25 @@ class FileScan {
     scan_.AddFile(path, 0, 0, kind);
   }
 
-  // A folder that is not handled yet goes with everything in it.
+  // Whether a folder found by name or named by a record may be offered at
+  // all: never a protected folder, one holding it, one in the Windows folder
+  // (but the program's own installer cache), another program's, or one
+  // reached through a link.
+  bool Offered(const std::wstring& path) const {
+    const auto resolved = ResolvePath(scan_.Machine(), path);
+    return !resolved.empty() &&
+           scan_.Places().CheckDeletion(resolved, productCode_) == Refusal::None;
+  }
+
+  // A folder that is not handled yet goes with everything in it; a folder
+  // that is itself a link goes alone, as a link.
   void ReportTree(const std::wstring& folder) {
-    if (handled_.contains(KeyOf(folder)) || !files_.DirectoryExists(folder)) return;
+    if (handled_.contains(KeyOf(folder)) || !files_.DirectoryExists(folder) || !Offered(folder))
+      return;
     Report(folder, FileKind::Folder);
-    AddFolderTree(scan_, folder, handled_);
+    const auto attributes = files_.GetAttributes(folder);
+    if (attributes && !(*attributes & FileAttr::ReparsePoint))
+      AddFolderTree(scan_, folder, handled_);
   }
 
   // A folder the uninstaller already removed is no leftover, so only an
@@ -234,7 +277,7 @@ class FileScan {
       if (handled_.contains(KeyOf(path))) continue;
       if (files_.DirectoryExists(path))
         ReportTree(path);
-      else if (files_.FileExists(path))
+      else if (files_.FileExists(path) && Offered(path))
         Report(path, FileKind::File);
     }
   }

@@ -1,3 +1,4 @@
+#include "core/path_resolution.h"
 #include "core/registry_location.h"
 #include "core/text.h"
 #include "core/uninstall_command.h"
@@ -82,16 +83,22 @@ void UserData(TRegeditScanClasses& scan, const std::wstring& packed) {
 }
 
 // Folders the Installer made for the product: those in the install folder,
-// and its own cache folder named by the product code.
-bool IsProductFolder(const TRegeditScanClasses& scan, std::wstring folder) {
-  if (folder.empty()) return false;
-  if (folder.back() != L'\\') folder += L'\\';
-  return scan.TextHasInstallFolder(folder) || text::ContainsText(folder, scan.ProductCode);
+// and its own cache folder named by the product code. Compared resolved, so
+// a spelling with ".." or "\\?\" cannot climb out of either.
+bool IsProductFolder(const TRegeditScanClasses& scan, const std::wstring& folder) {
+  const auto resolved = ResolvePath(scan.Machine(), folder);
+  if (resolved.empty()) return false;
+  const auto& install = scan.InstallFolderAsWritten();
+  if (!install.empty() && PathIsOrIsBelow(resolved, install)) return true;
+  return !scan.ProductCode.empty() && text::ContainsText(resolved, scan.ProductCode);
 }
 
+// Only a folder a deletion could take is handed to the file scan.
 void CollectFolder(TRegeditScanClasses& scan, const std::wstring& folder) {
-  if (scan.Machine().files.DirectoryExists(folder))
-    scan.AddInstallerFolder(text::IncludeTrailingBackslash(folder));
+  const auto resolved = ResolvePath(scan.Machine(), folder);
+  if (resolved.empty() || !scan.Machine().files.DirectoryExists(resolved)) return;
+  if (scan.Places().CheckDeletion(resolved, scan.ProductCode) != Refusal::None) return;
+  scan.AddInstallerFolder(text::IncludeTrailingBackslash(resolved));
 }
 
 void Folders(TRegeditScanClasses& scan) {
@@ -111,8 +118,9 @@ void Folders(TRegeditScanClasses& scan) {
 void IconFolder(TRegeditScanClasses& scan, RegRoot root, const std::wstring& productPath) {
   auto key = scan.Open(root, productPath);
   if (!key) return;
-  auto folder = text::ExtractFilePath(text::Trim(ReadValueText(*key, L"ProductIcon")));
-  if (text::ContainsText(folder, scan.ProductCode)) CollectFolder(scan, folder);
+  auto folder = ResolvePath(scan.Machine(),
+                            text::ExtractFilePath(text::Trim(ReadValueText(*key, L"ProductIcon"))));
+  if (!folder.empty() && text::ContainsText(folder, scan.ProductCode)) CollectFolder(scan, folder);
 }
 
 }  // namespace

@@ -25,6 +25,23 @@ bool ServiceBelongs(TRegeditScanClasses& scan, const IRegistryKey& key, const st
   return parameters && SomeValueHasFolder(scan, *parameters);
 }
 
+// A device instance path is bus\\device[\\instance]; a lone part (a bus such
+// as ROOT or PCI) or an empty, "." or ".." part would name the key that
+// holds every device of the bus, or climb out of it.
+bool IsDeviceInstance(std::wstring_view instance) {
+  std::size_t parts = 0;
+  std::size_t start = 0;
+  while (start <= instance.size()) {
+    auto end = instance.find(L'\\', start);
+    if (end == std::wstring_view::npos) end = instance.size();
+    const auto part = instance.substr(start, end - start);
+    if (part.empty() || part == L"." || part == L"..") return false;
+    ++parts;
+    start = end + 1;
+  }
+  return parts >= 2;
+}
+
 void DeviceInstances(TRegeditScanClasses& scan, const std::wstring& servicePath) {
   auto key = scan.Open(HKLM, servicePath + L"\\Enum");
   if (!key) return;
@@ -38,7 +55,7 @@ void DeviceInstances(TRegeditScanClasses& scan, const std::wstring& servicePath)
   for (unsigned long i = 0; i < count; ++i) {
     if (!scan.Step()) return;
     const auto instance = ReadValueText(*key, std::to_wstring(i));
-    if (instance.empty()) continue;
+    if (!IsDeviceInstance(instance)) continue;
     scan.AddKey(ScanCategory::DeviceEnum, HKLM, true, instance, kDeviceEnum + instance);
   }
 }
