@@ -16,6 +16,7 @@
 #include <string>
 #include <vector>
 
+#include "core/directory_tree.h"
 #include "core/os_name.h"
 #include "core/text.h"
 #include "platform/win32/win32_platform.h"
@@ -471,6 +472,103 @@ TEST_F(Gui, EachCategoryShowsItsRecords) {
   for (const auto& name : show(4)) EXPECT_EQ(name.find(L"KB123456"), std::wstring::npos);
   EXPECT_EQ(show(0).size(), 4u);
   EXPECT_EQ(app.ColumnText(0), L"Software Name (Total:4)");
+}
+
+// Toolbars of every source while the program runs, gone again when this
+// goes: one registered for the platform's browser (its class in the 64-bit
+// view), a legacy and a packed Firefox add-on, a Chrome extension whose name
+// is localised.
+class BrowserToolbars {
+ public:
+  BrowserToolbars() {
+    wchar_t roaming[MAX_PATH] = {}, local[MAX_PATH] = {};
+    if (FAILED(SHGetFolderPathW(nullptr, CSIDL_APPDATA, nullptr, 0, roaming)) ||
+        FAILED(SHGetFolderPathW(nullptr, CSIDL_LOCAL_APPDATA, nullptr, 0, local)))
+      return;
+    mozilla_ = std::wstring(roaming) + L"\\Mozilla";
+    google_ = std::wstring(local) + L"\\Google";
+    const std::wstring profile = mozilla_ + L"\\Firefox\\Profiles\\gui.default";
+    const std::wstring chrome = google_ + L"\\Chrome\\User Data\\Default";
+    const std::wstring extension = chrome + L"\\Extensions\\" + kChromeId + L"\\1.0_0";
+    const std::string xpi = text::ToUtf8(text::ReplaceAll(profile, L"\\", L"\\\\")) +
+                            "\\\\extensions\\\\xpi@gui.invalid.xpi";
+    written_ =
+        Write(mozilla_ + L"\\Firefox\\profiles.ini",
+              "[Profile0]\r\nIsRelative=1\r\nPath=Profiles/gui.default\r\n") &&
+        Write(profile + L"\\extensions\\rdf@gui.invalid\\install.rdf",
+              "<RDF xmlns=\"http://www.w3.org/1999/02/22-rdf-syntax-ns#\" "
+              "xmlns:em=\"http://www.mozilla.org/2004/em-rdf#\"><Description>"
+              "<em:name>Gui Rdf Toolbar</em:name></Description></RDF>") &&
+        Write(profile + L"\\extensions\\xpi@gui.invalid.xpi",
+              std::string("PK\5\6", 4) + std::string(18, '\0')) &&
+        Write(profile + L"\\extensions.json",
+              "{\"addons\":[{\"id\":\"xpi@gui.invalid\",\"type\":\"extension\",\"location\":"
+              "\"app-profile\",\"version\":\"1.0\",\"active\":true,\"defaultLocale\":{\"name\":"
+              "\"Gui Xpi Toolbar\"},\"path\":\"" + xpi + "\"}]}") &&
+        Write(extension + L"\\manifest.json",
+              "{\"name\":\"__MSG_extName__\",\"version\":\"1.0\",\"default_locale\":\"en\"}") &&
+        Write(extension + L"\\_locales\\en\\messages.json",
+              "{\"extName\":{\"message\":\"Gui Chrome Toolbar\"}}") &&
+        Write(chrome + L"\\Preferences",
+              "{\"extensions\":{\"settings\":{\"" + text::ToUtf8(kChromeId) +
+                  "\":{\"location\":1,\"path\":\"" + text::ToUtf8(kChromeId) + "\\\\1.0_0\"}}}}") &&
+        Set(HKEY_LOCAL_MACHINE, kFirefoxKey, L"DisplayName", L"Mozilla Firefox") &&
+        Set(HKEY_CURRENT_USER, kToolbarKey, kClsid, L"") &&
+        Set(HKEY_LOCAL_MACHINE, kClassKey, L"", L"Gui Registered Toolbar") &&
+        Set(HKEY_LOCAL_MACHINE, kClassKey + std::wstring(L"\\InprocServer32"), L"",
+            L"C:\\varnel-tests\\toolbar\\guitb.dll");
+  }
+  ~BrowserToolbars() {
+    DeleteDirectoryTree(files(), mozilla_);
+    DeleteDirectoryTree(files(), google_);
+    RegDeleteTreeW(HKEY_LOCAL_MACHINE, kFirefoxKey);
+    RegDeleteTreeW(HKEY_LOCAL_MACHINE, kClassKey);
+    RegDeleteKeyValueW(HKEY_CURRENT_USER, kToolbarKey, kClsid);
+  }
+  bool Written() const { return written_; }
+
+ private:
+  static constexpr wchar_t kChromeId[] = L"abcdefghijklmnopabcdefghijklmnop";
+  static constexpr wchar_t kClsid[] = L"{5B4C3D2E-1F0A-4B9C-8D7E-6F5A4B3C2D1E}";
+  static constexpr wchar_t kFirefoxKey[] =
+      L"SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\Mozilla Firefox 115.0 (x64 en-US)";
+  static constexpr wchar_t kToolbarKey[] = L"Software\\Microsoft\\Internet Explorer\\Toolbar";
+  static constexpr wchar_t kClassKey[] =
+      L"SOFTWARE\\Classes\\CLSID\\{5B4C3D2E-1F0A-4B9C-8D7E-6F5A4B3C2D1E}";
+
+  IFileSystem& files() { return machine_.Get().files; }
+  bool Write(const std::wstring& path, const std::string& bytes) {
+    const std::wstring folder = text::ExcludeTrailingBackslash(text::ExtractFilePath(path));
+    return MakeDirectoryTree(files(), folder) &&
+           files().WriteWholeFile(path, {reinterpret_cast<const std::uint8_t*>(bytes.data()),
+                                         bytes.size()});
+  }
+  static bool Set(HKEY root, const std::wstring& key, const wchar_t* name,
+                  const std::wstring& value) {
+    return RegSetKeyValueW(root, key.c_str(), name, REG_SZ, value.c_str(),
+                           static_cast<DWORD>((value.size() + 1) * sizeof(wchar_t))) ==
+           ERROR_SUCCESS;
+  }
+
+  win32::Win32Platform machine_;
+  std::wstring mozilla_, google_;
+  bool written_ = false;
+};
+
+TEST(GuiToolbars, ToolbarsCategoryShowsOneToolbarOfEachSource) {
+  BrowserToolbars toolbars;
+  ASSERT_TRUE(toolbars.Written());
+  Program app;
+  ASSERT_TRUE(app.Start(kApp));
+  ASSERT_TRUE(app.WaitForList(kVisible + 4)) << "rows: " << app.RowCount();
+  SendMessageW(app.Control(Id::CategoryFirst + 1), BM_CLICK, 0, 0);
+  SendMessageTimeoutW(app.Main(), WM_NULL, 0, 0, SMTO_NORMAL, 30000, nullptr);
+  std::vector<std::wstring> shown = app.Captions();
+  std::sort(shown.begin(), shown.end());
+  EXPECT_EQ(shown, (std::vector<std::wstring>{
+                       L"Gui Chrome Toolbar (Chrome)", L"Gui Rdf Toolbar (Firefox)",
+                       L"Gui Registered Toolbar(x64)", L"Gui Xpi Toolbar (Firefox)"}));
+  EXPECT_EQ(app.Close(), 0);
 }
 
 TEST_F(Gui, SearchFiltersByNameAndEscapeClearsIt) {
