@@ -6,6 +6,7 @@
 #include "cli/leftover_cleanup.h"
 #include "cli/list_command.h"
 #include "core/text.h"
+#include "leftovers/other_programs.h"
 #include "uninstall/force_match.h"
 #include "uninstall/uninstall_sequence.h"
 
@@ -71,6 +72,7 @@ int RunForce(const Platform& platform, const ForceOptions& options, std::string&
       for (const TForceRow& row : match.Rows()) indexes.push_back(row.index);
       UninstallOptions uninstall;
       uninstall.quiet = options.quiet;
+      uninstall.advanced = true;
       const UninstallReport report = UninstallPrograms(platform, list, indexes, uninstall, shown);
       CleanLeftovers(list, report, cleanup, shown);
       result.update(UninstallJson(report, &cleanup));

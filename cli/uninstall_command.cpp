@@ -9,6 +9,7 @@
 #include "cli/scan_command.h"
 #include "core/registry_location.h"
 #include "core/text.h"
+#include "leftovers/other_programs.h"
 #include "uninstall/quiet_command.h"
 #include "uninstall/uninstall_sequence.h"
 
@@ -71,12 +72,13 @@ UninstallReport UninstallPrograms(const Platform& platform, const TSoftList& lis
     UninstallOutcome outcome;
     outcome.index = index;
     outcome.name = info.Name;
-    if (options.quiet) {
+    outcome.byScan = options.advanced && info.IsToolbar && text::Trim(info.UninstallString).empty();
+    if (options.quiet && !outcome.byScan) {
       QuietCommand quiet = FindQuietCommand(platform, info);
       outcome.skipped = quiet.reason;
       quietCommands[&info] = quiet.command;
     }
-    if (outcome.skipped.empty()) jobs.push_back(std::to_wstring(index));
+    if (outcome.skipped.empty() && !outcome.byScan) jobs.push_back(std::to_wstring(index));
     report.programs.push_back(std::move(outcome));
   }
 
@@ -118,6 +120,7 @@ UninstallReport UninstallPrograms(const Platform& platform, const TSoftList& lis
 int UninstallExitCode(const UninstallReport& report) {
   int code = ExitCode::Ok;
   for (const UninstallOutcome& o : report.programs) {
+    if (o.byScan) continue;
     if (!o.skipped.empty() || (!o.started && !o.addonRemoved)) return ExitCode::Failed;
     if (o.stillListed) code = ExitCode::StillListed;
   }
@@ -132,6 +135,8 @@ std::string FormatUninstallText(const UninstallReport& report, const LeftoverCle
       out += "skipped, " + Utf8(o.skipped);
     } else if (!o.removeInBrowser.empty()) {
       out += "installed in " + Utf8(o.removeInBrowser) + ", remove it there";
+    } else if (o.byScan) {
+      out += "a toolbar without an uninstaller: removed with its leftovers";
     } else if (!o.started && !o.addonRemoved) {
       out += "could not start " + Utf8(o.command);
     } else {
@@ -165,6 +170,7 @@ nlohmann::ordered_json UninstallJson(const UninstallReport& report,
     if (o.exitCode) item["exitCode"] = *o.exitCode;
     if (!o.skipped.empty()) item["skipped"] = Utf8(o.skipped);
     if (o.addonRemoved) item["addonRemoved"] = true;
+    if (o.byScan) item["byScan"] = true;
     if (!o.removeInBrowser.empty()) item["removeInBrowser"] = Utf8(o.removeInBrowser);
     programs.push_back(std::move(item));
   }
@@ -177,30 +183,16 @@ nlohmann::ordered_json UninstallJson(const UninstallReport& report,
   return result;
 }
 
-std::vector<std::wstring> OtherProgramFolders(const TSoftList& list,
-                                              const std::vector<int>& cleaned) {
-  std::vector<std::wstring> folders;
-  for (std::size_t i = 0; i < list.size(); ++i) {
-    const TSoftInfo* info = list[i].get();
-    if (!info || info->InstallLocation.empty()) continue;
-    const bool own = std::any_of(cleaned.begin(), cleaned.end(), [&](int c) {
-      return c == static_cast<int>(i) ||
-             (info->Hidden && text::SameText(list[c]->Name, info->Name));
-    });
-    if (!own) folders.push_back(info->InstallLocation);
-  }
-  return folders;
-}
-
 void CleanLeftovers(const TSoftList& list, const UninstallReport& report,
                     LeftoverCleanup& cleanup, const Progress& progress) {
   std::vector<int> cleaned;
   for (const UninstallOutcome& o : report.programs) {
-    if (!o.skipped.empty() || !o.removeInBrowser.empty()) continue;
-    // The record as it was before its uninstaller ran: the entry may be gone.
-    cleanup.Scan(list, o.index);
-    cleaned.push_back(o.index);
+    if (o.skipped.empty() && o.removeInBrowser.empty()) cleaned.push_back(o.index);
   }
+  // Programs cleaned together may share folders: none protects another's.
+  cleanup.ScanTogether(cleaned);
+  // The records as they were before their uninstallers ran: entries may be gone.
+  for (int index : cleaned) cleanup.Scan(list, index);
   cleanup.Finish(OtherProgramFolders(list, cleaned), progress);
 }
 

@@ -54,6 +54,9 @@ struct UninstallOutcome {
   std::wstring skipped;  // why it was not run; empty when it was
   bool started = false;
   bool addonRemoved = false;
+  // A toolbar without an uninstaller under --advanced: its leftover scan is
+  // its uninstall, nothing is run.
+  bool byScan = false;
   std::wstring removeInBrowser;  // the add-on was left for this browser to remove
   std::optional<std::uint32_t> exitCode;
   bool stillListed = true;  // its Uninstall key (or add-on files) are still there
@@ -81,11 +84,6 @@ int UninstallExitCode(const UninstallReport& report);
 UninstallReport UninstallPrograms(const Platform& platform, const TSoftList& list,
                                   const std::vector<int>& indexes, const UninstallOptions& options,
                                   const Progress& progress);
-
-// The install folders of every record but `cleaned` (and their hidden
-// twins): what a deletion of the cleaned programs' leftovers must leave alone.
-std::vector<std::wstring> OtherProgramFolders(const TSoftList& list,
-                                              const std::vector<int>& cleaned);
 
 // Scans (and with `remove` deletes) the leftovers of every program the
 // report ran, or tried to run: a skipped program was never touched.

@@ -75,3 +75,13 @@ run_cli() {
   echo $? >"$work/$name.rc"
   sed -i 's/\r$//' "$work/$name.out" "$work/$name.err"
 }
+
+# snapshot NAME: the registry (by the helper, at C:\varnel-e2e-helper.exe) and the disk
+# into work/snap/NAME.reg and NAME.disk, for footprint.py.
+snapshot() {
+  mkdir -p "$work/snap" "$drive_c/varnel-e2e"
+  in_prefix 'C:\varnel-e2e-helper.exe' registry "C:\\varnel-e2e\\$1.reg" \
+    || die "no registry snapshot $1"
+  mv -f "$drive_c/varnel-e2e/$1.reg" "$work/snap/$1.reg"
+  python3 "$e2e_here/footprint.py" disk "$drive_c" "$work/snap/$1.disk" || die "no disk snapshot $1"
+}

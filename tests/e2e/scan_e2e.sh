@@ -28,13 +28,6 @@ cp -f "$fixtures/samples.tsv" "$work/"
 cp -f "$cli" "$drive_c/varnel-cli.exe"
 cp -f "$helper" "$drive_c/varnel-e2e-helper.exe"
 
-snapshot() {
-  in_prefix 'C:\varnel-e2e-helper.exe' registry "C:\\varnel-e2e\\$1.reg" \
-    || die "no registry snapshot $1"
-  mv -f "$drive_c/varnel-e2e/$1.reg" "$work/snap/$1.reg"
-  python3 "$e2e_here/footprint.py" disk "$drive_c" "$work/snap/$1.disk" || die "no disk snapshot $1"
-}
-
 mapfile -t ids < <(grep -v '^#' "$fixtures/samples.tsv" | grep -v '^$' | cut -f1)
 snapshot base
 for id in "${ids[@]}"; do

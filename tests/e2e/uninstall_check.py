@@ -7,8 +7,9 @@ shows. The unit tests prove the log's format, the output forms and the quiet-for
 RECORD_DIR is filled by uninstall_e2e.sh: samples.tsv; folders.tsv (sample id, install folder
 relative to C:\\); for each run NAME of the tool NAME.out, NAME.err and NAME.rc; for the two
 uninstall runs of samples RUN.files (what was left in their folders the moment the tool
-returned) and RUN.processes (the processes running then), and before.processes. Prints one line
-per check and a gtest-like summary; exits 1 when a check fails.
+returned) and RUN.processes (the processes running then), and before.processes; snap/ holds
+the registry and disk snapshots (footprint.py) others, installed, cleaned and restored. Prints
+one line per check and a gtest-like summary; exits 1 when a check fails.
 """
 import json
 import os
@@ -16,6 +17,8 @@ import re
 import sys
 
 from e2e_common import Checks, load_samples, read_text
+from footprint import Snapshot, changes
+from scan_check import is_noise, physical, sample_sets, table, user_folders
 
 # What may run after an uninstall besides what ran before it: the desktop the tool asks for,
 # consoles, and the helper that lists the processes.
@@ -48,7 +51,7 @@ def check_quiet_run(checks, record, run_name, ids, names, before):
     out, err, rc, result = run(record, run_name)
     checks.check(f"{run_name}: exit code 0", rc == 0, f"{rc} {err}")
     outcomes = [(p.get("name"), p.get("started"), p.get("exitCode"), p.get("stillListed"))
-                for p in result.get("programs", [])]
+                for p in result.get("programs", []) if not p.get("byScan")]
     checks.check(f"{run_name}: each started, ended with 0 and is no longer listed",
                  outcomes == [(names[i], True, 0, False) for i in ids], out)
     left = [line.split("\t") for line in
@@ -60,6 +63,74 @@ def check_quiet_run(checks, record, run_name, ids, names, before):
     new = [n for n in process_names(record, run_name) if n not in before and n not in ALLOWED_NEW]
     checks.check(f"{run_name}: nothing the uninstallers started still ran", not new, ", ".join(new))
     return result.get("logFile") or ""
+
+
+def snapshot(record, name):
+    base = os.path.join(record, "snap", name)
+    return Snapshot(base + ".reg", base + ".disk")
+
+
+ROOTS = {"hkey_local_machine": "HKLM", "hkey_current_user": "HKCU"}
+
+
+def deleted_item(text):
+    """A deleted item as the tool names it, as a snapshot names it: a file or folder, or
+    HKEY_...\\key [| value - data]; None for a root the snapshots do not hold."""
+    if not text.upper().startswith("HKEY_"):
+        return ("F", text.lower())
+    location, _, value = text.partition(" | ")
+    root, _, key = location.partition("\\")
+    root = ROOTS.get(root.lower())
+    if not root:
+        return None
+    key = root + "\\" + key.strip("\\")
+    if value:
+        return ("V", key.lower(), value.rsplit(" - ", 1)[0].lower())
+    return ("K", key.lower())
+
+
+def present(snap, item):
+    """ITEM in SNAP, in the 64-bit view or the 32-bit one."""
+    if snap.has(item):
+        return True
+    if item[0] in ("K", "V"):
+        moved = re.sub(r"^hklm\\software\\", r"hklm\\software\\wow6432node\\", item[1])
+        return snap.has((item[0], moved) + item[2:])
+    return False
+
+
+# Notes' leftovers deleted by `uninstall --advanced --delete`: what its installer added is
+# gone, nothing that was there before it (Windows, the profile, the other samples) went,
+# and `restore latest` put back every item the tool deleted.
+def check_cleanup(checks, record, name):
+    out, err, rc, result = run(record, "notes")
+    leftovers = result.get("leftovers") or [{}]
+    deleted = result.get("deleted") or {}
+    checks.check("notes: leftovers found and deleted, backed up under an id",
+                 leftovers[0].get("program") == name and leftovers[0].get("count", 0) > 0 and
+                 bool(deleted.get("files")) and isinstance(result.get("backup"), str), out)
+    others, installed = snapshot(record, "others"), snapshot(record, "installed")
+    cleaned, restored = snapshot(record, "cleaned"), snapshot(record, "restored")
+    # What the scan is documented to leave (shared vendor keys and folders, containers other
+    # programs register below, the local application data) and may leave, scan_check's table says.
+    _, allowed, kept = sample_sets(table(user_folders(installed))["notes"], installed, True)
+    kept = set(kept) | {physical(installed, rid, True) for rid in allowed}
+    own = {i for i in changes(others, installed) if not is_noise(i)}
+    left = sorted(str(i) for i in own if cleaned.has(i) and i not in kept)
+    checks.check("notes: nothing its installer wrote is left, but what the scan leaves "
+                 "by design", not left, "\n".join(left))
+    lost = sorted(str(i) for i in others.items() if not is_noise(i) and not cleaned.has(i))
+    checks.check("notes: Windows, the profile and the other samples kept everything",
+                 not lost, "\n".join(lost[:40]))
+
+    out, err, rc, restore = run(record, "restore")
+    checks.check("restore latest: exit code 0, the notes backup, nothing failed",
+                 rc == 0 and restore.get("id") == result.get("backup") and
+                 not restore.get("failed"), f"{rc} {out} {err}")
+    items = [deleted_item(t) for t in deleted.get("registry", []) + deleted.get("files", [])]
+    missing = sorted(str(i) for i in items if i and not present(restored, i))
+    checks.check("restore latest: every deleted item is back", bool(items) and not missing,
+                 "\n".join(missing))
 
 
 def main():
@@ -77,6 +148,7 @@ def main():
     # NSIS 64-bit alone; then NSIS 32-bit, whose /S comes from its uninstaller's own bytes,
     # and the MSI sample together.
     log_file = check_quiet_run(checks, record, "notes", ["notes"], names, before)
+    check_cleanup(checks, record, names["notes"])
     check_quiet_run(checks, record, "pair", ["sync", "ledger"], names, before)
 
     out, err, rc, _ = run(record, "stubborn")
@@ -91,7 +163,8 @@ def main():
     checks.check("badopt: exit code 2 with the usage", rc == 2 and not out and
                  "usage: varnel-cli" in err, f"{rc} {err}")
 
-    # Every run that ran an uninstaller appended its blocks to the day's log.
+    # Every run that ran an uninstaller appended its blocks to the day's log; after notes' own
+    # block, the deletion's, one per program cleaned (its toolbar too, though nothing ran for it).
     log = b""
     if log_file.lower().startswith("c:\\"):
         try:
@@ -101,7 +174,8 @@ def main():
             pass
     ran = re.findall(r"^\[(.*)\]\r$", log.decode("utf-8", errors="replace"), re.M)
     checks.check("the day's log has a block per program run, in order",
-                 ran == [names["notes"], names["sync"], names["ledger"], "Stubborn Tool"],
+                 ran == [names["notes"], names["notes"], names["notes"] + " Web Clipper",
+                         names["sync"], names["ledger"], "Stubborn Tool"],
                  f"{log_file}: {ran}")
     return checks.summary()
 

@@ -3,9 +3,11 @@
 #
 #   uninstall_e2e.sh CLI_EXE HELPER_EXE FIXTURE_DIR
 #
-# In a fresh sandboxed prefix: install the NSIS 64-bit, NSIS 32-bit and MSI samples, add a
-# per-user entry whose uninstaller ends and leaves it listed and one whose uninstaller has no
-# quiet form, then uninstall through the tool. Right after each uninstall returns, the
+# In a fresh sandboxed prefix: install the NSIS 32-bit and MSI samples, then the NSIS 64-bit
+# one (snapshots of registry and disk before, between and after), add a per-user entry whose
+# uninstaller ends and leaves it listed and one whose uninstaller has no quiet form, then
+# uninstall through the tool: the NSIS 64-bit sample with its leftovers deleted (snapshot),
+# then put back with `restore latest` (snapshot). Right after each uninstall returns, the
 # script records whether the program's files are still there and which processes run
 # (HELPER_EXE is e2e_helper.exe), so uninstall_check.py can tell that the tool waited for
 # the uninstaller and everything it started. VARNEL_E2E_KEEP=1 keeps the prefix.
@@ -22,10 +24,19 @@ timeout_s=${VARNEL_E2E_TIMEOUT:-120}
 e2e_prepare "$fixtures" "$cli" "$helper"
 cp -f "$fixtures/samples.tsv" "$work/"
 samples=(notes sync ledger)
-bash "$e2e_tools/install-fixtures.sh" "$dir" "$fixtures" "${samples[@]}" >"$work/install.log" 2>&1 ||
-  { cat "$work/install.log"; die "the samples did not install"; }
 cp -f "$cli" "$drive_c/varnel-cli.exe"
 cp -f "$helper" "$drive_c/varnel-e2e-helper.exe"
+# The other samples first, then notes, each step snapshotted: notes' footprint is what
+# its installer added, and everything else must outlive its cleanup.
+install_samples() {
+  bash "$e2e_tools/install-fixtures.sh" "$dir" "$fixtures" "$@" >>"$work/install.log" 2>&1 ||
+    { cat "$work/install.log"; die "the samples did not install"; }
+}
+snapshot base
+install_samples sync ledger
+snapshot others
+install_samples notes
+snapshot installed
 
 # Stubborn Tool's uninstaller ends with code 5 and leaves its entry; Plain Tool's is a plain
 # program (a copy of cmd.exe) that no quiet form is known for.
@@ -72,8 +83,15 @@ aftermath() {
 name_of() { awk -F'\t' -v id="$1" '$1 == id { print $8 }' "$fixtures/samples.tsv"; }
 
 processes before
-run_cli notes uninstall "$(name_of notes)" --quiet --json
+# Notes with its leftovers: deleted through the guard, then put back from the backup. Its
+# Internet Explorer toolbar is listed on its own and has no uninstaller: it goes with Notes,
+# or its folder, Notes' own, would count as another program's.
+run_cli notes uninstall "$(name_of notes)" "$(name_of notes) Web Clipper" --quiet --advanced \
+  --delete --json
 aftermath notes
+snapshot cleaned
+run_cli restore restore latest --json
+snapshot restored
 run_cli pair uninstall "$(name_of sync)" "$(name_of ledger)" --quiet --json
 aftermath pair
 run_cli stubborn uninstall 'Stubborn Tool'
