@@ -163,5 +163,37 @@ TEST_F(UninstallCliTest, AdvancedDeleteRemovesLeftoversBackedUpAndSkipsWhatWillN
   EXPECT_EQ(ListBackups(m.Get()).front().id, text::FromUtf8(json["backup"].get<std::string>()));
 }
 
+// force: a file in a program's folder uninstalls that program; a loose file
+// is itself deleted, backed up; a file in the Windows folder is refused.
+TEST_F(UninstallCliTest, ForceUninstallsTheFilesProgramOrDeletesTheFileItself) {
+  Program(L"0First", false);  // the first program is never matched
+  const std::wstring alpha = Program(L"Alpha", true);
+  m.registry.SetString(RegRoot::LocalMachine,
+                       L"Software\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\Alpha",
+                       L"InstallLocation", L"C:\\Apps\\Alpha\\", true);
+  for (const wchar_t* file : {L"C:\\Apps\\Alpha\\alpha.exe", L"C:\\Loose\\tool.exe",
+                              L"C:\\Windows\\tool.exe"})
+    m.files.AddFile(file, "MZ");
+
+  ASSERT_EQ(Run({L"force", L"C:\\Apps\\Alpha\\alpha.exe", L"--json"}), 0) << err;
+  auto json = nlohmann::json::parse(out);
+  EXPECT_EQ(Started(), std::vector<std::wstring>{alpha});
+  EXPECT_EQ(json["programs"].size(), 1u) << out;
+  EXPECT_EQ(json["programs"][0]["name"], "Alpha");
+  EXPECT_TRUE(json["leftovers"].is_array()) << out;
+
+  ASSERT_EQ(Run({L"force", L"C:\\Loose\\tool.exe", L"--json"}), 0) << err;
+  json = nlohmann::json::parse(out);
+  EXPECT_TRUE(Started().empty());
+  EXPECT_EQ(json["forced"]["deleted"], true) << out;
+  EXPECT_FALSE(m.files.FileExists(L"C:\\Loose\\tool.exe"));
+  ASSERT_FALSE(ListBackups(m.Get()).empty());
+  EXPECT_EQ(ListBackups(m.Get()).front().fileItems, 1);
+
+  EXPECT_EQ(Run({L"force", L"C:\\Windows\\tool.exe"}), 1);
+  EXPECT_NE(err.find("no file to start from"), std::string::npos) << err;
+  EXPECT_TRUE(m.files.FileExists(L"C:\\Windows\\tool.exe"));
+}
+
 }  // namespace
 }  // namespace varnel
