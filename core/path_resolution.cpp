@@ -92,7 +92,9 @@ std::optional<Parsed> Parse(std::wstring path) {
     view.remove_prefix(server.size());
     while (view.starts_with(L'\\')) view.remove_prefix(1);
     auto share = view.substr(0, view.find(L'\\'));
-    if (share.empty()) return std::nullopt;
+    if (share.empty() || share.back() == L'.' || share.back() == L' ' || server.back() == L'.' ||
+        server.back() == L' ')
+      return std::nullopt;
     view.remove_prefix(share.size());
     for (wchar_t c : std::wstring(server) + std::wstring(share))
       if (IsBadNameChar(c)) return std::nullopt;
