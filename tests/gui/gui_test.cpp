@@ -1060,6 +1060,39 @@ TEST_F(Gui, LogManagerRestoresABackupAndDeletesIt) {
 }
 
 // Last: it removes an entry for good.
+// The forced-uninstall window over its logic: a search by name fills the
+// list (never with the first record), Cancel hides the window.
+TEST_F(Gui, ForcedUninstallSearchListsMatchesButNeverTheFirstRecord) {
+  const int first = app.RowWithSubItem(8, L"0");
+  ASSERT_GE(first, 0);
+  const std::wstring firstName = app.Cell(first, 0);
+  app.Command(Id::ForceUninstall);
+  HWND force = nullptr;
+  ASSERT_TRUE(WaitUntil([&] {
+    force = app.FindOwnWindow(L"TForceUninstall_Form");
+    return force && IsWindowVisible(force);
+  }));
+  namespace F = forms::ForceUninstallId;
+  HWND list = GetDlgItem(force, F::List);
+  EXPECT_FALSE(IsWindowVisible(list));
+  EXPECT_TRUE(IsWindowVisible(GetDlgItem(force, F::DragInfo)));
+  EXPECT_EQ(WindowText(GetDlgItem(force, F::Next)), L"Next>");
+  // The first record's own name finds everything else holding it, never itself.
+  SendMessageW(GetDlgItem(force, F::Name), WM_SETTEXT, 0,
+               reinterpret_cast<LPARAM>(firstName.substr(0, 1).c_str()));
+  SendMessageW(force, WM_COMMAND, MAKEWPARAM(F::Search, BN_CLICKED),
+               reinterpret_cast<LPARAM>(GetDlgItem(force, F::Search)));
+  EXPECT_TRUE(IsWindowVisible(list));
+  EXPECT_FALSE(IsWindowVisible(GetDlgItem(force, F::DragInfo)));
+  std::vector<std::wstring> shown;
+  for (int r = 0, n = app.RowCountOf(list); r < n; ++r) shown.push_back(app.CellOf(list, r, 0));
+  EXPECT_FALSE(shown.empty());
+  EXPECT_EQ(std::count(shown.begin(), shown.end(), firstName), 0) << firstName;
+  SendMessageW(force, WM_COMMAND, MAKEWPARAM(F::Cancel, BN_CLICKED),
+               reinterpret_cast<LPARAM>(GetDlgItem(force, F::Cancel)));
+  EXPECT_FALSE(IsWindowVisible(force));
+}
+
 TEST_F(Gui, RemoveEntryKeepsRecordZeroAndRemovesAnotherThenRefreshAgrees) {
   const int first = app.RowWithSubItem(8, L"0");
   ASSERT_GE(first, 0);
