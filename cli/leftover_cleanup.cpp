@@ -103,7 +103,7 @@ void LeftoverCleanup::AddJson(nlohmann::ordered_json& result) const {
 
 std::string LeftoverCleanup::Text() const {
   std::string out;
-  for (const ScanFindings& found : found_) out += "leftovers of " + FormatScanText(found);
+  for (const ScanFindings& found : found_) out += FormatScanText(found);
   if (!finished_) return out;
   int gone = 0;
   for (const DeletionOutcome& o : outcomes_) {

@@ -13,6 +13,10 @@ namespace {
 
 constexpr int kProductNameField = 8;
 
+std::wstring CaptionOf(const TSoftInfo& info) {
+  return info.Name + (info.Is64BitView ? L"(x64)" : L"");
+}
+
 int IndexOf(const std::wstring& text) {
   try {
     std::size_t used = 0;
@@ -74,7 +78,7 @@ void TForceMatch::Fill(const std::vector<std::wstring>& indexes) {
     if (index <= 0 || !GetSoftwareRecord(*software_, index, info)) continue;
     TForceRow row;
     row.index = index;
-    row.caption = info.Name + (info.Is64BitView ? L"(x64)" : L"");
+    row.caption = CaptionOf(info);
     row.size = info.SizeText;
     row.installDate = info.InstallDateText;
     row.image = info.ImageIndex;
@@ -84,10 +88,13 @@ void TForceMatch::Fill(const std::vector<std::wstring>& indexes) {
 
 std::optional<TForceHandover> TForceMatch::Next(int selectedRow) const {
   TForceHandover handover;
-  if (rows_.size() == 1) {
-    handover.jobs.push_back(std::to_wstring(rows_.front().index));
-  } else if (selectedRow >= 0 && selectedRow < static_cast<int>(rows_.size())) {
-    handover.jobs.push_back(std::to_wstring(rows_[selectedRow].index));
+  const int row = rows_.size() == 1 ? 0 : selectedRow;
+  if (row >= 0 && row < static_cast<int>(rows_.size())) {
+    // The list may have been rebuilt since the rows were filled: an index
+    // that now names another program must not be uninstalled.
+    const TSoftInfo* record = RecordOf(row);
+    if (!record || CaptionOf(*record) != rows_[row].caption) return std::nullopt;
+    handover.jobs.push_back(std::to_wstring(rows_[row].index));
   }
   if (!handover.jobs.empty()) {
     handover.mode = JobMode::Uninstall;

@@ -57,7 +57,7 @@ class TForceMatch {
 
   // The one listed program, or the selected one of several, is uninstalled
   // as usual; otherwise the file itself is (forced mode). nullopt when there
-  // is neither a program nor a file.
+  // is neither a program nor a file, or the row's record changed since.
   std::optional<TForceHandover> Next(int selectedRow) const;
   // The row's record; nullptr for a row outside the list.
   const TSoftInfo* RecordOf(int row) const;

@@ -67,6 +67,9 @@ TEST_F(ForceMatchTest, ProgramsSharingTheFolderAreListedAndNextWithoutSelectionF
   // One program only: Next takes it without a selection.
   match.SearchByName(L"two");
   EXPECT_EQ(match.Next(-1)->jobs, std::vector<std::wstring>{L"2"});
+  // The list rebuilt under the rows: the index names another program now.
+  list[2]->Name = L"Someone Else";
+  EXPECT_FALSE(match.Next(-1));
 }
 
 TEST_F(ForceMatchTest, IndexZeroIsNeverListedByFileOrByName) {
