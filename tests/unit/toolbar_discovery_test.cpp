@@ -227,12 +227,18 @@ TEST_F(ToolbarDiscoveryTest, RemovalTakesOnlyTheAddonsOwnFiles) {
   // Each removal that deleted something has its backup; a refusal leaves none.
   EXPECT_EQ(ListBackups(m.Get()).size(), static_cast<std::size_t>(deleting));
 
-  // Registered from outside: the registration and the extension's folder go.
+  // Registered from outside: the registration (a key, a file in the listed
+  // browser's own folder) and the extension's folder go; the browser stays.
+  const std::wstring app = L"C:\\Program Files\\Google\\Chrome\\Application";
+  m.files.AddFile(app + L"\\chrome.exe", "MZ");
+  m.files.AddFile(app + L"\\Extensions\\" + kChromeId + L".json", "{}");
   m.registry.SetString(RegRoot::LocalMachine, external, L"path", L"C:\\x.crx", false);
-  const AddonRemoval removal =
-      RemoveBrowserAddon(m.Get(), Addon(chromeFolder + L"\\1.0_0", L"Chrome", kChromeId, chrome), {});
+  const AddonRemoval removal = RemoveBrowserAddon(
+      m.Get(), Addon(chromeFolder + L"\\1.0_0", L"Chrome", kChromeId, chrome), {app});
   EXPECT_TRUE(removal.removed);
   EXPECT_FALSE(m.registry.KeyExists(RegRoot::LocalMachine, external, false));
+  EXPECT_FALSE(m.files.FileExists(app + L"\\Extensions\\" + kChromeId + L".json"));
+  EXPECT_TRUE(m.files.FileExists(app + L"\\chrome.exe"));
   EXPECT_FALSE(m.files.DirectoryExists(chromeFolder));
 }
 
