@@ -87,7 +87,7 @@ int RunForce(const Platform& platform, const ForceOptions& options, std::string&
     // A file the guard kept names no program of its own: nothing around it is touched.
     if (forced.gone) {
       cleanup.Scan(list, -1, match.File());
-      cleanup.Finish(OtherProgramFolders(list, {}), shown);
+      cleanup.Finish(OtherProgramFolders(platform, list, {}), shown);
     }
     result["forced"] = {{"deleted", forced.gone},
                         {"atRestart", forced.atRestart},

@@ -25,6 +25,7 @@ class LeftoverCleanup {
   // The one backup of the command (the forced file goes there too); begun
   // on first use; null without backups or when it could not be begun.
   Backup* RunBackup();
+  const Platform& Machine() const { return platform_; }
   // The indexes scanned in this run: their folders are not other programs'.
   void ScanTogether(std::vector<int> indexes) { driver_.SetScannedTogether(std::move(indexes)); }
   // Scans list[index] (or, with `filePath`, the disk around that file): the

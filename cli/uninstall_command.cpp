@@ -193,7 +193,7 @@ void CleanLeftovers(const TSoftList& list, const UninstallReport& report,
   cleanup.ScanTogether(cleaned);
   // The records as they were before their uninstallers ran: entries may be gone.
   for (int index : cleaned) cleanup.Scan(list, index);
-  cleanup.Finish(OtherProgramFolders(list, cleaned), progress);
+  cleanup.Finish(OtherProgramFolders(cleanup.Machine(), list, cleaned), progress);
 }
 
 int RunUninstall(const Platform& platform, const UninstallOptions& options, std::string& out,

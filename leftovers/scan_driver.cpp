@@ -63,7 +63,7 @@ ScanFindings TScanDriver::Collect(const TSoftList& list, int index, const std::w
   if (!places_) {
     auto scanned = together_;
     if (inList) scanned.push_back(index);
-    ownPlaces = std::make_unique<ProtectedPlaces>(platform_, OtherProgramFolders(list, scanned));
+    ownPlaces = std::make_unique<ProtectedPlaces>(platform_, OtherProgramFolders(platform_, list, scanned));
   }
   TRegeditScanClasses scanner(platform_, processMessages_);
   scanner.SetProtectedPlaces(places_ ? places_ : ownPlaces.get());

@@ -52,7 +52,7 @@ TUninstallRun TUninstallRunner::RunUninstaller(const TSoftList& list, int index,
   // files say.
   if (IsBrowserAddon(record)) {
     const AddonRemoval removal =
-        RemoveBrowserAddon(platform_, record, OtherProgramFolders(list, {index}));
+        RemoveBrowserAddon(platform_, record, OtherProgramFolders(platform_, list, {index}));
     run.addonRemoved = removal.removed;
     run.removeInBrowser = removal.inBrowser;
     run.addonBackup = removal.backupId;

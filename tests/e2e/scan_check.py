@@ -29,8 +29,6 @@ from footprint import Snapshot, changes, value_text
 
 ROOTS = {"HKEY_LOCAL_MACHINE": "HKLM", "HKEY_CURRENT_USER": "HKCU", "HKEY_CLASSES_ROOT": "HKCR",
          "HKEY_USERS": "HKU"}
-PROTECTED_VENDORS = {"classes", "clients", "intel", "imgburn", "caphyou", "cddb", "microsoft",
-                     "wow6432node"}
 
 CLSID_SHELL = "{3F2B8C4D-7A61-4E0B-9C5A-2D8E6F1A4B70}"
 CLSID_CLIPPER = "{8D4E2A17-5B3C-4F69-A0E1-7C9B3D2F5E84}"
@@ -765,43 +763,12 @@ def why_left(item, entries, snap, is64, by_tag):
     return "not in the table"
 
 
-def vendor_values(snap, term, is64):
-    """Values that the vendor-key scan reports for TERM: every value below a non-protected
-    subkey of SOFTWARE whose text, with a backslash added, contains TERM."""
-    out = set()
-    for root in ("HKLM", "HKCU"):
-        base = physical_key(snap, root, "SOFTWARE", is64)
-        for (key, name), (_, _, kind, data) in snap.values.items():
-            if not key.startswith(base + "\\"):
-                continue
-            vendor = key[len(base) + 1:].split("\\", 1)[0]
-            text = value_text(kind, data)
-            if vendor in PROTECTED_VENDORS or not text:
-                continue
-            text = text if text.endswith("\\") else text + "\\"
-            if term in text.lower():
-                out.add(("V", root, "software" + key[len(base):], name))
-    return out
-
-
-def run_values(snap, term, is64):
-    out = set()
-    for root in ("HKLM", "HKCU"):
-        run = physical_key(snap, root, r"SOFTWARE\Microsoft\Windows\CurrentVersion\Run", is64)
-        for name in snap.value_names(run):
-            text = value_text(snap.values[(run, name)][2], snap.values[(run, name)][3]) or ""
-            if term in text.lower():
-                out.add(("V", root, r"software\microsoft\windows\currentversion\run", name))
-    return out
-
-
-def check_hostile(checks, record, bed, v):
-    """Entries whose install location is a drive root, the Windows or system folder, a macro
-    or a path through '..' report nothing; C:\\users\\ reports what is pinned here."""
-    snap = bed.prescan
+def check_hostile(checks, record):
+    """Entries whose install location is a drive root, the Users root, the Windows or system
+    folder, a macro or a path through '..' report nothing."""
     rows = [line.split("\t") for line in read_text(os.path.join(record, "hostile.tsv"))
             .splitlines() if line.strip()]
-    for n, (name, _, location, expect) in enumerate(rows, 1):
+    for n, (name, _, location) in enumerate(rows, 1):
         label = f"hostile \"{location}\""
         rc, data, err, _ = load_run(record, f"hostile-{n}")
         items = check_output(checks, label, rc, data, err, name)
@@ -813,28 +780,9 @@ def check_hostile(checks, record, bed, v):
                     bad.append(rid[1])
         checks.check(f"{label}: no file item is the drive root or lies in the Windows folder",
                      not bad, f"{len(bad)}: " + "; ".join(bad[:5]))
-        if expect == "refused":
-            checks.check(f"{label}: refused as an install folder, nothing reported",
-                         not items, f"{len(items)} items: " +
-                         "; ".join(show(r) for r, _, _ in items[:6]))
-            continue
-        # C:\users\ is an ordinary folder to the scan. What it yields, pinned: the folder and
-        # everything below it; the Run values and vendor-key values that name a place below it;
-        # the per-user file association of Oakhollow Sketchpad, whose command lies below it.
-        term = "c:\\users\\"
-        want = {("F", "c:\\users")} | {("F", p) for p in snap.below("C:\\users")}
-        want |= run_values(snap, term, False) | vendor_values(snap, term, False)
-        for path in (r"HKCU\Software\Classes\.oaksketch",
-                     r"HKCU\Software\Classes\Oakhollow.Sketch"):
-            want |= set(expand(Entry(FIND, "", TREE, path), snap, False))
-        got = {rid for rid, _, _ in items}
-        missing, extra = sorted(want - got), sorted(got - want)
-        checks.check(f"{label}: reports exactly the pinned {len(want)} items (the folder and "
-                     "all below it, Run and vendor-key values naming a place in it, the "
-                     "per-user file association whose command lies in it)",
-                     not missing and not extra,
-                     f"{len(missing)} missing: " + "; ".join(show(r) for r in missing[:5]) +
-                     f" | {len(extra)} more: " + "; ".join(show(r) for r in extra[:5]))
+        checks.check(f"{label}: refused as an install folder, nothing reported",
+                     not items, f"{len(items)} items: " +
+                     "; ".join(show(r) for r, _, _ in items[:6]))
 
 
 def check_usage(checks, record):
@@ -870,7 +818,7 @@ def main():
             records[s["id"]] = hits[0]
     v = user_folders(bed.prescan)
     check_samples(checks, record, bed, samples, records, v)
-    check_hostile(checks, record, bed, v)
+    check_hostile(checks, record)
     check_usage(checks, record)
     return checks.summary()
 

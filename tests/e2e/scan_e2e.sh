@@ -36,20 +36,20 @@ for id in "${ids[@]}"; do
   snapshot "installed-$id"
 done
 
-# Per-user Uninstall entries whose install location the scan must refuse, or,
-# for C:\users\, whose findings the check pins. name, value type, location, expectation.
+# Per-user Uninstall entries whose install location the scan must refuse: name,
+# value type, location.
 uninstall='HKCU\Software\Microsoft\Windows\CurrentVersion\Uninstall'
 cat >"$work/hostile.tsv" <<'EOF'
-Hostile Drive Root	REG_SZ	C:\	refused
-Hostile Drive Letter	REG_SZ	C:	refused
-Hostile Users Folder	REG_SZ	C:\users\	users
-Hostile Windows Folder	REG_SZ	C:\windows\	refused
-Hostile System Folder	REG_SZ	C:\windows\system32	refused
-Hostile Windows Macro	REG_SZ	%WINDIR%	refused
-Hostile Expandable Macro	REG_EXPAND_SZ	%WINDIR%\	refused
-Hostile Dotdot Path	REG_SZ	C:\Program Files\..\windows	refused
+Hostile Drive Root	REG_SZ	C:\
+Hostile Drive Letter	REG_SZ	C:
+Hostile Users Folder	REG_SZ	C:\users\
+Hostile Windows Folder	REG_SZ	C:\windows\
+Hostile System Folder	REG_SZ	C:\windows\system32
+Hostile Windows Macro	REG_SZ	%WINDIR%
+Hostile Expandable Macro	REG_EXPAND_SZ	%WINDIR%\
+Hostile Dotdot Path	REG_SZ	C:\Program Files\..\windows
 EOF
-while IFS=$'\t' read -r -u 3 name type location _; do
+while IFS=$'\t' read -r -u 3 name type location; do
   key="$uninstall\\${name// /}"
   in_prefix reg add "$key" /v DisplayName /d "$name" /f >/dev/null &&
     in_prefix reg add "$key" /v UninstallString /d 'C:\hostile\uninst.exe' /f >/dev/null &&

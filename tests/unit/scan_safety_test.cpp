@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include "leftovers/other_programs.h"
 #include "leftovers/scan_driver.h"
 #include "scan_world.h"
 
@@ -48,6 +49,48 @@ TEST(ScanSafetyTest, AHostileEntryOfEveryKindOffersNoFileAndNoFolderFinding) {
     const auto found = driver.Collect(list, 0, L"", nullptr);
     EXPECT_TRUE(found.Files.empty()) << c.location << " offers " << found.Files[0].Path;
     EXPECT_TRUE(found.Registry.empty()) << c.location << " offers " << found.Registry[0].KeyPath;
+  }
+}
+
+// A toolbar that has no uninstaller of its own and lives in the scanned
+// program's folder belongs to that program: it does not make the folder
+// another program's. Anything else listed keeps its folder protected.
+TEST(ScanSafetyTest, OnlyALooseToolbarInTheProgramsOwnFolderIsPartOfIt) {
+  const struct {
+    const wchar_t* program;    // the scanned program's location
+    const wchar_t* toolbar;    // the toolbar's location
+    const wchar_t* uninstall;  // the toolbar's uninstaller
+    bool protectedFolder;      // the toolbar's folder stays another program's
+  } cases[] = {
+      {L"C:\\Program Files\\Acme\\Writer", L"C:\\Program Files\\Acme\\Writer\\", L"", false},
+      {L"C:\\Program Files\\Acme\\Writer\\writer.exe", L"C:\\PROGRA~1\\Acme\\Writer\\bar", L"",
+       false},
+      {L"C:\\Program Files\\Acme\\Writer", L"C:\\Program Files\\Acme\\Writer", L"bar.exe /u", true},
+      {L"C:\\Program Files\\Acme\\Writer", L"C:\\Program Files\\Acme\\Bar", L"", true},
+      {L"C:\\", L"C:\\Program Files\\Acme\\Bar", L"", true},
+      {L"C:\\Users\\test\\AppData\\Roaming", L"C:\\Users\\test\\AppData\\Roaming\\Bar", L"", true},
+  };
+  for (const auto& c : cases) {
+    ScanWorld w;
+    w.m.files.AddFile(L"C:\\Program Files\\Acme\\Writer\\bar\\bar.dll", "MZ");
+    w.m.files.AddFile(L"C:\\Program Files\\Acme\\Bar\\bar.dll", "MZ");
+    w.m.files.AddFile(L"C:\\Users\\test\\AppData\\Roaming\\Bar\\bar.dll", "MZ");
+    w.m.files.SetShortName(L"C:\\Program Files", L"PROGRA~1");
+    TSoftList list;
+    list.push_back(std::make_unique<TSoftInfo>(w.record));
+    list[0]->InstallLocation = c.program;
+    list.push_back(std::make_unique<TSoftInfo>());
+    list[1]->Name = L"Acme Bar";
+    list[1]->IsToolbar = true;
+    list[1]->InstallLocation = c.toolbar;
+    list[1]->UninstallString = c.uninstall;
+    const auto others = OtherProgramFolders(w.m.Get(), list, {0});
+    EXPECT_EQ(others.size() == 1, c.protectedFolder) << c.program << " / " << c.toolbar;
+    if (c.protectedFolder) continue;
+    // The program's own folder is scanned as such.
+    TScanDriver driver(w.m.Get());
+    const auto found = driver.Collect(list, 0, L"", nullptr);
+    EXPECT_FALSE(found.Files.empty()) << c.program << " / " << c.toolbar;
   }
 }
 
