@@ -106,6 +106,7 @@ UninstallReport UninstallPrograms(const Platform& platform, const TSoftList& lis
         outcome.started = run.started;
         outcome.addonRemoved = run.addonRemoved;
         outcome.removeInBrowser = run.removeInBrowser;
+        outcome.addonKept = run.addonKept;
         outcome.exitCode = run.exitCode;
       }
     }
@@ -137,6 +138,10 @@ std::string FormatUninstallText(const UninstallReport& report, const LeftoverCle
       out += "installed in " + Utf8(o.removeInBrowser) + ", remove it there";
     } else if (o.byScan) {
       out += "a toolbar without an uninstaller: removed with its leftovers";
+    } else if (!o.addonKept.empty()) {
+      out += "add-on kept";
+      for (const DeletionOutcome& kept : o.addonKept)
+        out += "; " + Utf8(kept.item) + ": " + Utf8(kept.reason);
     } else if (!o.started && !o.addonRemoved) {
       out += "could not start " + Utf8(o.command);
     } else {
@@ -172,6 +177,8 @@ nlohmann::ordered_json UninstallJson(const UninstallReport& report,
     if (o.addonRemoved) item["addonRemoved"] = true;
     if (o.byScan) item["byScan"] = true;
     if (!o.removeInBrowser.empty()) item["removeInBrowser"] = Utf8(o.removeInBrowser);
+    for (const DeletionOutcome& kept : o.addonKept)
+      item["addonKept"].push_back({{"item", Utf8(kept.item)}, {"reason", Utf8(kept.reason)}});
     programs.push_back(std::move(item));
   }
   nlohmann::ordered_json result = {

@@ -10,6 +10,7 @@
 #include "cli/cli_args.h"
 #include "inventory/soft_list.h"
 #include "platform/platform.h"
+#include "uninstall/deletion_guard.h"
 #include "uninstall/uninstall_view.h"
 
 namespace varnel::cli {
@@ -58,6 +59,7 @@ struct UninstallOutcome {
   // its uninstall, nothing is run.
   bool byScan = false;
   std::wstring removeInBrowser;  // the add-on was left for this browser to remove
+  std::vector<DeletionOutcome> addonKept;  // add-on files the guard would not delete
   std::optional<std::uint32_t> exitCode;
   bool stillListed = true;  // its Uninstall key (or add-on files) are still there
 };
