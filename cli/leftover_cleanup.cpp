@@ -1,6 +1,7 @@
 #include "cli/leftover_cleanup.h"
 
 #include <atomic>
+#include <utility>
 
 #include "cli/scan_command.h"
 #include "core/protected_places.h"
@@ -61,7 +62,9 @@ void LeftoverCleanup::Finish(const std::vector<std::wstring>& otherProgramFolder
     deletionError_ = L"no backup could be begun";
     return;
   }
-  DeletionGuard guard(platform_, ProtectedPlaces(platform_, otherProgramFolders), backup);
+  ProtectedPlaces places(platform_, otherProgramFolders);
+  DeletionGuard guard = backup_ ? DeletionGuard(platform_, std::move(places), backup)
+                                : DeletionGuard::WithoutBackup(platform_, std::move(places));
   LeftoverDeletion deletion(platform_, guard, DeletionTexts{});
   ConsoleDeletionProgress console(progress);
   const std::atomic<bool> cancel{false};

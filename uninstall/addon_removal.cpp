@@ -62,7 +62,7 @@ std::vector<std::wstring> WithoutFoldersHolding(const Platform& platform,
 bool RemoveFirefoxPackage(const Platform& platform, const TSoftInfo& record, DeletionGuard& guard) {
   const std::wstring package = text::ExcludeTrailingBackslash(record.ToolbarFile);
   return Gone(platform.files.DirectoryExists(package) ? guard.DeleteFolderTree(package)
-                                                      : guard.DeleteFile(package));
+                                                      : guard.DeleteSingleFile(package));
 }
 
 bool RemoveExternalChromium(const Platform& platform, const ExternalRegistration& registration,
@@ -72,7 +72,7 @@ bool RemoveExternalChromium(const Platform& platform, const ExternalRegistration
   for (const auto& key : registration.keys)
     removed = Gone(guard.DeleteKey(key.root, key.path, key.use64)) && removed;
   for (const auto& file : registration.files)
-    removed = Gone(registrationGuard.DeleteFile(file)) && removed;
+    removed = Gone(registrationGuard.DeleteSingleFile(file)) && removed;
   const std::wstring folder =
       text::IncludeTrailingBackslash(record.Extra3) + L"Extensions\\" + record.Extra2;
   if (platform.files.DirectoryExists(folder))
@@ -87,7 +87,7 @@ bool IsFirefoxManifestRecord(const TSoftInfo& record) {
 }
 
 bool RemoveFirefoxAddon(const TSoftInfo& record, DeletionGuard& guard) {
-  return IsFirefoxManifestRecord(record) && Gone(guard.DeleteFile(record.ToolbarFile));
+  return IsFirefoxManifestRecord(record) && Gone(guard.DeleteSingleFile(record.ToolbarFile));
 }
 
 AddonRemoval RemoveBrowserAddon(const Platform& platform, const TSoftInfo& record,
@@ -118,7 +118,7 @@ AddonRemoval RemoveBrowserAddon(const Platform& platform, const TSoftInfo& recor
 
   const std::unique_ptr<Backup> backup = Backup::Begin(platform);
   if (!backup) {
-    result.kept.push_back({.item = record.ToolbarFile, .reason = L"no backup could be begun"});
+    result.kept.push_back({.item = record.ToolbarFile, .reason = L"no backup could be made"});
     return result;
   }
   DeletionGuard guard(platform, ProtectedPlaces(platform, otherProgramFolders), backup.get());

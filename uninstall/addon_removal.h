@@ -15,7 +15,7 @@ struct AddonRemoval {
   bool removed = false;   // its files (and registration) are gone or queued for restart
   std::wstring inBrowser; // the browser it must be removed in, when it was left alone
   std::wstring backupId;  // the backup holding what was deleted; empty when nothing was
-  // What the guard kept, with its reasons (or why no backup could be begun).
+  // What the guard kept, with its reasons (or that no backup could be made).
   std::vector<DeletionOutcome> kept;
 };
 

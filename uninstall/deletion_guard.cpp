@@ -11,6 +11,8 @@ namespace varnel {
 
 namespace {
 
+constexpr wchar_t kNoBackup[] = L"no backup could be made";
+
 bool IsLink(std::uint32_t attributes) { return (attributes & FileAttr::ReparsePoint) != 0; }
 
 // The file is backed up by now, so a read-only mark does not keep it.
@@ -36,6 +38,12 @@ std::wstring NormalKeyPath(std::wstring_view path) {
 
 DeletionGuard::DeletionGuard(const Platform& platform, ProtectedPlaces places, Backup* backup)
     : platform_(platform), places_(std::move(places)), backup_(backup) {}
+
+DeletionGuard DeletionGuard::WithoutBackup(const Platform& platform, ProtectedPlaces places) {
+  DeletionGuard guard(platform, std::move(places), nullptr);
+  guard.withoutBackup_ = true;
+  return guard;
+}
 
 DeletionOutcome DeletionGuard::Refuse(DeletionOutcome outcome, Refusal refusal) {
   outcome.refused = refusal;
@@ -69,6 +77,7 @@ DeletionOutcome DeletionGuard::DeleteRegistry(RegRoot root, const std::wstring& 
   if (key.empty() && wholeKey) return Refuse(std::move(outcome), Refusal::RegistryRoot);
   if (const Refusal r = places_.CheckRegistry(root, key, wholeKey); r != Refusal::None)
     return Refuse(std::move(outcome), r);
+  if (Unbacked()) return Skip(std::move(outcome), kNoBackup);
 
   IRegistry& registry = platform_.registry;
   if (wholeKey) {
@@ -114,7 +123,7 @@ std::wstring DeletionGuard::Admit(DeletionOutcome& outcome, const std::wstring& 
   return {};
 }
 
-DeletionOutcome DeletionGuard::DeleteFile(const std::wstring& path) { return DeletePath(path); }
+DeletionOutcome DeletionGuard::DeleteSingleFile(const std::wstring& path) { return DeletePath(path); }
 
 DeletionOutcome DeletionGuard::DeleteFolderTree(const std::wstring& path) {
   return DeletePath(path);
@@ -127,6 +136,7 @@ DeletionOutcome DeletionGuard::DeletePath(const std::wstring& path) {
   outcome.item = path;
   const std::wstring resolved = Admit(outcome, path);
   if (resolved.empty()) return outcome;
+  if (Unbacked()) return Skip(std::move(outcome), kNoBackup);
   IFileSystem& files = platform_.files;
   const auto attributes = files.GetAttributes(resolved);
   if (!attributes) {
@@ -199,7 +209,7 @@ DeletionOutcome DeletionGuard::Delete(const TMyTreeData& item) {
     return DeleteRegistry(item.Root, item.KeyPath, item.ValueName, item.Is64BitView,
                           item.ValueName.empty(), item.ValueData);
   }
-  return item.FileKindWord == FileKind::File ? DeleteFile(item.FilePath)
+  return item.FileKindWord == FileKind::File ? DeleteSingleFile(item.FilePath)
                                              : DeleteFolderTree(item.FilePath);
 }
 

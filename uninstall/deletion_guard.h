@@ -27,15 +27,17 @@ struct DeletionOutcome {
 // collected so callers can log them as skipped.
 class DeletionGuard {
  public:
-  // `backup` may be null only when the user asked for no backup. Items that
-  // could not be backed up are not deleted.
+  // Everything is backed up into `backup` before it goes, and what could not
+  // be is not deleted; a null `backup` (none could be begun) deletes nothing.
   DeletionGuard(const Platform& platform, ProtectedPlaces places, Backup* backup);
+  // Deletes without any backup: only when the user chose so.
+  static DeletionGuard WithoutBackup(const Platform& platform, ProtectedPlaces places);
 
   DeletionOutcome DeleteKey(RegRoot root, const std::wstring& keyPath, bool use64);
   DeletionOutcome DeleteValue(RegRoot root, const std::wstring& keyPath,
                               const std::wstring& valueName, bool use64);
   // Falls back to deletion at the next start when the file is locked.
-  DeletionOutcome DeleteFile(const std::wstring& path);
+  DeletionOutcome DeleteSingleFile(const std::wstring& path);
   // The folder with everything in it; a link inside is removed as a link, and
   // so is the folder itself when it is one. Errors inside are swallowed
   // (the outcome says whether the folder is gone).
@@ -57,10 +59,12 @@ class DeletionGuard {
   void RemoveTree(const std::wstring& folder, bool& queued);
   DeletionOutcome Refuse(DeletionOutcome outcome, Refusal refusal);
   DeletionOutcome Skip(DeletionOutcome outcome, std::wstring reason);
+  bool Unbacked() const { return !backup_ && !withoutBackup_; }
 
   Platform platform_;
   ProtectedPlaces places_;
   Backup* backup_;
+  bool withoutBackup_ = false;
   std::wstring productCode_;
   std::vector<DeletionOutcome> skipped_;
 };

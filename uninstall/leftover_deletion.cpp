@@ -108,7 +108,7 @@ DeletionResult LeftoverDeletion::Run(const std::vector<LeftoverRoot>& roots,
         // A default value (no name, but data) is a value: taking its whole
         // key would take whatever else the key holds.
         if (data.Kind == TreeDataKind::File) {
-          outcome = guard_.DeleteFile(data.FilePath);
+          outcome = guard_.DeleteSingleFile(data.FilePath);
           line = L"Deleted File ";
         } else if (data.ValueName.empty() && data.ValueData.empty()) {
           outcome = guard_.DeleteKey(data.Root, data.KeyPath, data.Is64BitView);

@@ -2,6 +2,7 @@
 
 #include <charconv>
 #include <limits>
+#include <utility>
 
 #include "core/date_time.h"
 #include "core/protected_places.h"
@@ -142,12 +143,11 @@ void TUninstallSequence::DeleteForcedFile(const std::wstring& file) {
     ownBackup_ = Backup::Begin(platform_);
     backup = ownBackup_.get();
   }
-  if (!backup && !options_.noBackup) {
-    forced_ = DeletionOutcome{.item = file, .reason = L"no backup could be begun"};
-    return;
-  }
-  DeletionGuard guard(platform_, ProtectedPlaces(platform_, OtherProgramFolders()), backup);
-  forced_ = guard.DeleteFile(file);
+  ProtectedPlaces places(platform_, OtherProgramFolders());
+  DeletionGuard guard = options_.noBackup && !backup
+                            ? DeletionGuard::WithoutBackup(platform_, std::move(places))
+                            : DeletionGuard(platform_, std::move(places), backup);
+  forced_ = guard.DeleteSingleFile(file);
 }
 
 void TUninstallSequence::AppendLogBlock(std::vector<std::wstring>& lines, const std::wstring& name,

@@ -69,7 +69,7 @@ TEST_P(Win32Deletion, AJunctionInsideADeletedFolderLeavesItsTargetAlone) {
   ASSERT_TRUE(*fs.GetAttributes(app + L"\\link") & FileAttr::ReparsePoint);
 
   // No backup: the guard's own walk has to step over the link.
-  DeletionGuard guard(p(), ProtectedPlaces(p(), {}), nullptr);
+  DeletionGuard guard = DeletionGuard::WithoutBackup(p(), ProtectedPlaces(p(), {}));
   const DeletionOutcome outcome = guard.DeleteFolderTree(app);
   EXPECT_TRUE(outcome.deleted) << outcome.reason;
   EXPECT_FALSE(fs.GetAttributes(app));

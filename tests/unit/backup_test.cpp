@@ -66,7 +66,7 @@ TEST(BackupTest, DeletedKeysValuesFilesAndFoldersComeBackAsTheyWere) {
     for (const DeletionOutcome& outcome :
          {guard.DeleteKey(hklm, kKey, true), guard.DeleteKey(hklm, kKey, false),
           guard.DeleteValue(RegRoot::CurrentUser, L"Software\\App", L"Mru", true),
-          guard.DeleteFile(kFile), guard.DeleteFolderTree(kFolder)})
+          guard.DeleteSingleFile(kFile), guard.DeleteFolderTree(kFolder)})
       EXPECT_TRUE(outcome.deleted) << outcome.item << " " << outcome.reason;
     m.faults.Clear();
     ASSERT_FALSE(r.KeyExists(hklm, kKey, true));

@@ -44,12 +44,12 @@ TEST(DeletionGuardTest, RefusesProtectedPlacesAndLinksAndDeletesTheRestWithABack
        [](DeletionGuard& g) { return g.DeleteFolderTree(L"c:/users/test/appdata/..//.."); },
        {}, Ends::Refused, {L"C:\\Users\\test"}, {}},
       {"inside the Windows folder",
-       [](DeletionGuard& g) { return g.DeleteFile(L"C:\\Program Files\\..\\Windows\\System32\\kernel32.dll"); },
+       [](DeletionGuard& g) { return g.DeleteSingleFile(L"C:\\Program Files\\..\\Windows\\System32\\kernel32.dll"); },
        {}, Ends::Refused, {L"C:\\Windows\\System32\\kernel32.dll"}, {}},
-      {"another program's folder", [](DeletionGuard& g) { return g.DeleteFile(L"C:\\Program Files\\Other\\bin\\other.dll"); },
+      {"another program's folder", [](DeletionGuard& g) { return g.DeleteSingleFile(L"C:\\Program Files\\Other\\bin\\other.dll"); },
        {}, Ends::Refused, {std::wstring(kOther) + L"\\bin\\other.dll"}, {}},
       {"a file reached through a junction",
-       [](DeletionGuard& g) { return g.DeleteFile(std::wstring(kApp) + L"\\link\\precious.txt"); },
+       [](DeletionGuard& g) { return g.DeleteSingleFile(std::wstring(kApp) + L"\\link\\precious.txt"); },
        {}, Ends::Refused, {kKept}, {}},
       {"registry key Windows owns", [](DeletionGuard& g) { return g.DeleteKey(RegRoot::LocalMachine, L"\\SOFTWARE\\", true); },
        {}, Ends::Refused, {}, {}},
@@ -65,7 +65,7 @@ TEST(DeletionGuardTest, RefusesProtectedPlacesAndLinksAndDeletesTheRestWithABack
        [](DeletionGuard& g) { return g.DeleteFolderTree(L"C:\\Program Files\\AppLink"); },
        {mem::Fault::FileMove}, Ends::Deleted, {kKept}, {L"C:\\Program Files\\AppLink"}},
       {"locked file: copied, then queued for the restart",
-       [app](DeletionGuard& g) { return g.DeleteFile(app + L"\\app.exe"); },
+       [app](DeletionGuard& g) { return g.DeleteSingleFile(app + L"\\app.exe"); },
        {mem::Fault::FileDelete, mem::Fault::FileMove}, Ends::AtRestart, {app + L"\\app.exe"}, {}},
       {"folder whose backup fails", [app](DeletionGuard& g) { return g.DeleteFolderTree(app); },
        {mem::Fault::FileMove, mem::Fault::FileWrite}, Ends::Skipped, {app + L"\\data\\settings.ini"}, {}},
@@ -102,6 +102,42 @@ TEST(DeletionGuardTest, RefusesProtectedPlacesAndLinksAndDeletesTheRestWithABack
     // Whatever was refused or could not be saved is still in place.
     if (skipped) {
       EXPECT_TRUE(m.registry.KeyExists(RegRoot::LocalMachine, L"SOFTWARE\\Vendor\\App", true));
+    }
+  }
+}
+
+TEST(DeletionGuardTest, WithoutABackupNothingGoesUnlessTheUserChoseSo) {
+  const std::wstring app = kApp;
+  const std::wstring key = L"SOFTWARE\\Vendor\\App";
+  struct Item {
+    std::function<DeletionOutcome(DeletionGuard&)> act;
+    std::function<bool(mem::MemoryPlatform&)> there;
+  };
+  const Item items[] = {
+      {[&](DeletionGuard& g) { return g.DeleteKey(RegRoot::LocalMachine, key, true); },
+       [&](mem::MemoryPlatform& m) { return m.registry.KeyExists(RegRoot::LocalMachine, key, true); }},
+      {[&](DeletionGuard& g) { return g.DeleteValue(RegRoot::LocalMachine, key, L"Path", true); },
+       [&](mem::MemoryPlatform& m) {
+         auto opened = m.registry.OpenKey(RegRoot::LocalMachine, key, RegAccess::Read, true);
+         return opened && opened->ValueExists(L"Path");
+       }},
+      {[&](DeletionGuard& g) { return g.DeleteSingleFile(app + L"\\app.exe"); },
+       [&](mem::MemoryPlatform& m) { return m.files.FileExists(app + L"\\app.exe"); }},
+      {[&](DeletionGuard& g) { return g.DeleteFolderTree(app + L"\\data"); },
+       [&](mem::MemoryPlatform& m) { return m.files.FileExists(app + L"\\data\\settings.ini"); }},
+  };
+  for (bool chosen : {false, true}) {
+    SCOPED_TRACE(chosen ? "the user chose no backup" : "no backup could be begun");
+    for (const Item& item : items) {
+      mem::MemoryPlatform m;
+      Build(m);
+      DeletionGuard guard = chosen ? DeletionGuard::WithoutBackup(m.Get(), ProtectedPlaces(m.Get(), {}))
+                                   : DeletionGuard(m.Get(), ProtectedPlaces(m.Get(), {}), nullptr);
+      const DeletionOutcome outcome = item.act(guard);
+      EXPECT_EQ(outcome.deleted, chosen) << outcome.item;
+      EXPECT_EQ(outcome.reason, chosen ? L"" : L"no backup could be made") << outcome.item;
+      EXPECT_EQ(item.there(m), !chosen) << outcome.item;
+      EXPECT_EQ(guard.Skipped().size(), chosen ? 0u : 1u);
     }
   }
 }

@@ -79,7 +79,7 @@ struct World {
   }
   DeletionResult Run() {
     ProtectedPlaces places(m.Get(), {});
-    DeletionGuard guard(m.Get(), places, nullptr);
+    DeletionGuard guard = DeletionGuard::WithoutBackup(m.Get(), places);
     LeftoverDeletion deletion(m.Get(), guard, DeletionTexts{});
     return deletion.Run(roots, progress, cancel);
   }

@@ -247,6 +247,7 @@ void TPowerScan_Form::DeleteClick() {
   // The run works on a copy: Cancel closes the window, which lets the tree go.
   const std::vector<LeftoverRoot> findings = model_.Findings();
   const Platform& machine = app_.Machine();
+  // Without a backup folder every item is listed as skipped: nothing goes unsaved.
   const auto backup = Backup::Begin(machine);
   DeletionGuard guard(machine, ProtectedPlaces(machine, otherFolders_), backup.get());
   LeftoverDeletion deletion(machine, guard, deletionTexts_);
