@@ -7,6 +7,8 @@
 #include "core/data_folder.h"
 #include "core/date_time.h"
 #include "core/directory_tree.h"
+#include "core/path_resolution.h"
+#include "core/protected_places.h"
 #include "core/registry_location.h"
 #include "core/text.h"
 
@@ -93,14 +95,6 @@ bool RemoveTree(IFileSystem& files, const std::wstring& folder) {
     }
   }
   return files.RemoveFolder(folder);
-}
-
-// A key's name with its root ("HKEY_CURRENT_USER\Software\X") back into
-// root and path; Invalid root when it names none.
-std::pair<RegRoot, std::wstring> SplitKeyName(std::wstring_view name) {
-  const std::size_t slash = name.find(L'\\');
-  const RegRoot root = RootKeyFromName(name.substr(0, slash));
-  return {root, slash == std::wstring_view::npos ? std::wstring() : std::wstring(name.substr(slash + 1))};
 }
 
 std::string Utf8(const std::wstring& s) { return text::ToUtf8(s); }
@@ -329,45 +323,146 @@ std::optional<BackupSummary> FindBackup(const Platform& platform, const std::wst
   return std::nullopt;
 }
 
-// Writes one view's .reg back through the registry interface; false when the
-// file cannot be read or a key cannot be made.
-bool ImportRegFile(const Platform& platform, const std::wstring& file, bool use64) {
+// A key's parts, empty ones dropped, so that spellings compare on whole parts.
+std::vector<std::wstring_view> KeyParts(std::wstring_view path) {
+  std::vector<std::wstring_view> parts;
+  for (std::size_t begin = 0; begin <= path.size();) {
+    const std::size_t slash = std::min(path.find(L'\\', begin), path.size());
+    if (slash > begin) parts.push_back(path.substr(begin, slash - begin));
+    begin = slash + 1;
+  }
+  return parts;
+}
+
+bool KeyIsOrIsBelow(const std::vector<std::wstring_view>& key,
+                    const std::vector<std::wstring_view>& top) {
+  if (key.size() < top.size()) return false;
+  for (std::size_t i = 0; i < top.size(); ++i)
+    if (!text::SameText(key[i], top[i])) return false;
+  return true;
+}
+
+// A key's name with its root ("HKEY_CURRENT_USER\Software\X") back into
+// root and parts (viewing `name`); Invalid root when it names none.
+std::pair<RegRoot, std::vector<std::wstring_view>> SplitKeyParts(std::wstring_view name) {
+  const std::size_t slash = name.find(L'\\');
+  return {RootKeyFromName(name.substr(0, slash)),
+          slash == std::wstring_view::npos ? std::vector<std::wstring_view>()
+                                           : KeyParts(name.substr(slash + 1))};
+}
+
+std::wstring JoinKey(const std::vector<std::wstring_view>& parts) {
+  std::wstring out;
+  for (std::wstring_view part : parts) out.append(out.empty() ? L"" : L"\\").append(part);
+  return out;
+}
+
+// A registry item of the manifest: written back only where the guard would
+// have let it be deleted.
+struct RegistryGrant {
+  RegRoot root;
+  std::vector<std::wstring_view> key;
+  const BackupItem* item;
+  bool refused = false;
+};
+
+// Why a manifest item may not be put back; empty when it may.
+std::wstring RegistryRefusal(const ProtectedPlaces& places, const BackupItem& item,
+                             RegistryGrant& grant) {
+  auto [root, key] = SplitKeyParts(item.path);
+  grant = {root, std::move(key), &item, true};
+  const bool wholeKey = item.kind == L"key";
+  if (grant.root == RegRoot::Invalid) return RefusalReason(Refusal::Unresolvable);
+  if (wholeKey && grant.key.empty()) return RefusalReason(Refusal::RegistryRoot);
+  const Refusal r = places.CheckRegistry(grant.root, JoinKey(grant.key), wholeKey);
+  grant.refused = r != Refusal::None;
+  return grant.refused ? RefusalReason(r) : std::wstring();
+}
+
+// Writes one view's .reg back through the registry interface, each section
+// only as far as a granted item covers it (a whole key with everything below
+// it, or the named values of one key); what no item names is listed in
+// `failed` (a refused item is listed on its own). False when the file cannot
+// be read or a key cannot be made.
+bool ImportRegFile(const Platform& platform, const std::wstring& file, bool use64,
+                   const std::vector<RegistryGrant>& grants, std::vector<std::wstring>& failed) {
   std::vector<std::uint8_t> bytes;
   if (!platform.files.ReadWholeFile(file, bytes)) return false;
   const auto keys = ParseRegFile(bytes);
   if (!keys) return false;
   bool ok = true;
   for (const RegFileKey& section : *keys) {
-    const auto [root, path] = SplitKeyName(section.name);
-    auto key = root == RegRoot::Invalid ? nullptr : platform.registry.CreateKey(root, path, use64);
+    const auto [root, parts] = SplitKeyParts(section.name);
+    bool whole = false, named = false;
+    std::vector<std::wstring_view> names;
+    for (const RegistryGrant& g : grants) {
+      if (g.root != root || g.item->use64 != use64 || root == RegRoot::Invalid) continue;
+      const bool key = g.item->kind == L"key" && KeyIsOrIsBelow(parts, g.key);
+      const bool value = g.item->kind == L"value" && parts.size() == g.key.size() &&
+                         KeyIsOrIsBelow(parts, g.key);
+      named = named || key || value;
+      if (g.refused) continue;
+      whole = whole || key;
+      if (value) names.push_back(g.item->valueName);
+    }
+    if (!whole && names.empty()) {
+      if (!named) failed.push_back(section.name + L" (not listed in the backup)");
+      continue;
+    }
+    auto key = platform.registry.CreateKey(root, JoinKey(parts), use64);
     if (!key) {
       ok = false;
       continue;
     }
-    for (const auto& [name, value] : section.values) ok = key->WriteValue(name, value) && ok;
+    for (const auto& [name, value] : section.values) {
+      const bool granted = whole || std::any_of(names.begin(), names.end(), [&](auto n) {
+                             return text::SameText(n, name);
+                           });
+      if (granted) ok = key->WriteValue(name, value) && ok;
+    }
   }
   return ok;
 }
 
-bool RestoreFileItem(const Platform& platform, const std::wstring& folder, const BackupItem& item) {
+// Where a file or folder item is kept and where it goes back to, or why it
+// may not: the copy must lie inside the backup folder, reached through no
+// link, and the place must be one the guard would have let go, reached
+// through no link either.
+std::wstring FileRefusal(const Platform& platform, const ProtectedPlaces& places,
+                         const std::wstring& folder, const BackupItem& item, std::wstring& from,
+                         std::wstring& to) {
+  const std::wstring base = ResolvePath(platform, folder);
+  from = item.kept.empty() ? std::wstring() : ResolvePath(platform, folder + L"\\" + item.kept);
+  if (base.empty() || from.size() <= base.size() || !PathIsOrIsBelow(from, base) ||
+      PathCrossesLink(platform, from, true))
+    return L"kept outside the backup";
+  to = ResolvePath(platform, item.path);
+  Refusal r = to.empty() ? Refusal::Unresolvable : places.CheckDeletion(to);
+  if (r == Refusal::None && PathCrossesLink(platform, to, true)) r = Refusal::Link;
+  return r == Refusal::None ? std::wstring() : RefusalReason(r);
+}
+
+bool RestoreFileItem(const Platform& platform, const BackupItem& item, const std::wstring& from,
+                     const std::wstring& to) {
   IFileSystem& files = platform.files;
-  const std::wstring kept = folder + L"\\" + item.kept;
-  if (item.kept.empty() || !files.GetAttributes(kept)) return false;
-  if (!MakeDirectoryTree(files, text::ExcludeTrailingBackslash(text::ExtractFilePath(item.path))))
+  if (!files.GetAttributes(from)) return false;
+  if (!MakeDirectoryTree(files, text::ExcludeTrailingBackslash(text::ExtractFilePath(to))))
     return false;
   if (item.kind == L"folder") {
     std::vector<std::wstring> links;
-    return CopyTree(files, kept, item.path, true, links);
+    return CopyTree(files, from, to, true, links);
   }
-  if (files.GetAttributes(item.path)) return false;  // never over something newer
-  if (!CopyFileBytes(files, kept, item.path)) return false;
+  if (files.GetAttributes(to)) return false;  // never over something newer
+  if (!CopyFileBytes(files, from, to)) return false;
   if (item.attributes & (FileAttr::ReadOnly | FileAttr::Hidden | FileAttr::System))
-    files.SetAttributes(item.path, item.attributes);
+    files.SetAttributes(to, item.attributes);
   return true;
 }
 
 }  // namespace
 
+// A restore may run elevated while the backup folder is the user's to write:
+// nothing in it is trusted further than a deletion would be.
 std::optional<RestoreResult> RestoreBackup(const Platform& platform, const std::wstring& id) {
   if (!ValidId(id)) return std::nullopt;
   const auto found = FindBackup(platform, id);
@@ -378,30 +473,49 @@ std::optional<RestoreResult> RestoreBackup(const Platform& platform, const std::
     result.failed.push_back(found->folder + L"\\" + kManifest);
     return result;
   }
+  // Putting something back where no other program's folder is in the way.
+  const ProtectedPlaces places(platform, {});
+  std::vector<std::wstring> refusals(items->size());
+  std::vector<RegistryGrant> grants;
+  for (std::size_t i = 0; i < items->size(); ++i) {
+    const BackupItem& item = (*items)[i];
+    if (item.kind != L"key" && item.kind != L"value") continue;
+    RegistryGrant grant;
+    refusals[i] = RegistryRefusal(places, item, grant);
+    grants.push_back(std::move(grant));
+  }
   bool imported[2] = {false, false};
   for (bool use64 : {true, false}) {
     const std::wstring file = found->folder + L"\\" + RegFileName(use64);
-    if (platform.files.FileExists(file)) imported[use64] = ImportRegFile(platform, file, use64);
+    if (platform.files.FileExists(file))
+      imported[use64] = ImportRegFile(platform, file, use64, grants, result.failed);
   }
-  for (const BackupItem& item : *items) {
+  for (std::size_t i = 0; i < items->size(); ++i) {
+    const BackupItem& item = (*items)[i];
     bool ok = false;
-    if (item.kind == L"key" || item.kind == L"value") {
-      const auto [root, path] = SplitKeyName(item.path);
+    if (!refusals[i].empty()) {
+      // Refused above.
+    } else if (item.kind == L"key" || item.kind == L"value") {
+      const auto [root, parts] = SplitKeyParts(item.path);
+      const std::wstring path = JoinKey(parts);
       if (item.kind == L"key") {
-        ok = root != RegRoot::Invalid && platform.registry.KeyExists(root, path, item.use64);
-      } else if (root != RegRoot::Invalid) {
+        ok = platform.registry.KeyExists(root, path, item.use64);
+      } else {
         auto key = platform.registry.OpenKey(root, path, RegAccess::Read, item.use64);
         ok = key && key->ValueExists(item.valueName);
       }
       ok = ok && imported[item.use64];
     } else if (item.kind == L"file" || item.kind == L"folder") {
-      ok = RestoreFileItem(platform, found->folder, item);
+      std::wstring from, to;
+      refusals[i] = FileRefusal(platform, places, found->folder, item, from, to);
+      ok = refusals[i].empty() && RestoreFileItem(platform, item, from, to);
     }
     if (ok) {
       ++result.restored;
     } else {
-      result.failed.push_back(item.kind == L"value" ? item.path + L" | " + item.valueName
-                                                    : item.path);
+      std::wstring line = item.kind == L"value" ? item.path + L" | " + item.valueName : item.path;
+      if (!refusals[i].empty()) line += L" (" + refusals[i] + L")";
+      result.failed.push_back(std::move(line));
     }
   }
   return result;

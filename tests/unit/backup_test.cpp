@@ -30,6 +30,10 @@ void DumpKey(IRegistry& registry, RegRoot root, const std::wstring& path, bool u
 }
 
 RegValue Raw(std::uint32_t type, std::vector<std::uint8_t> data) { return {type, std::move(data)}; }
+RegValue Text(std::wstring s) {
+  s.push_back(L'\0');
+  return {RegType::String, text::ToUtf16Bytes(s)};
+}
 
 TEST(BackupTest, DeletedKeysValuesFilesAndFoldersComeBackAsTheyWere) {
   mem::MemoryPlatform m;
@@ -104,6 +108,84 @@ TEST(BackupTest, DeletedKeysValuesFilesAndFoldersComeBackAsTheyWere) {
   EXPECT_TRUE(ListBackups(m.Get()).empty());
   EXPECT_FALSE(RestoreBackup(m.Get(), L"latest"));
   EXPECT_FALSE(DeleteBackup(m.Get(), L"..\\Log"));
+}
+
+// A backup folder any process of the user could have written: restore puts
+// back only what the guard would have let go, from inside the backup only.
+TEST(BackupTest, RestoreRefusesWhatATamperedBackupNames) {
+  const std::wstring run = L"HKEY_LOCAL_MACHINE\\SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Run";
+  const std::wstring app = L"HKEY_LOCAL_MACHINE\\SOFTWARE\\Vendor\\App";
+  const auto file = [](std::wstring path, std::wstring kept, const wchar_t* kind = L"file") {
+    return BackupItem{kind, std::move(path), L"", false, std::move(kept), 0};
+  };
+  const auto reg = [](const wchar_t* kind, std::wstring key, std::wstring value = L"") {
+    return BackupItem{kind, std::move(key), std::move(value), true, L"registry64.reg", 0};
+  };
+  const RegFileKey runEvil{run, {{L"Evil", Text(L"C:\\evil.exe")}}};
+  struct Case {
+    const char* name;
+    std::vector<BackupItem> items;
+    std::vector<RegFileKey> reg;
+    std::wstring failed;   // the refused line
+    std::wstring written;  // a file that must not appear
+    int restored = 1;      // the honest file item, and what else may come back
+  };
+  const Case cases[] = {
+      {"kept above the backup folder", {file(L"C:\\Program Files\\App\\a.txt", L"..\\..\\..\\..\\..\\..\\..\\..\\Secret\\s.txt")},
+       {}, L"C:\\Program Files\\App\\a.txt (kept outside the backup)", L"C:\\Program Files\\App\\a.txt"},
+      {"kept as an absolute path", {file(L"C:\\Program Files\\App\\a.txt", L"C:\\Secret\\s.txt")},
+       {}, L"C:\\Program Files\\App\\a.txt (kept outside the backup)", L"C:\\Program Files\\App\\a.txt"},
+      {"kept behind a link in the backup", {file(L"C:\\Program Files\\App\\a.txt", L"items\\9\\s.txt")},
+       {}, L"C:\\Program Files\\App\\a.txt (kept outside the backup)", L"C:\\Program Files\\App\\a.txt"},
+      {"a file into the Windows folder", {file(L"C:\\Windows\\System32\\evil.dll", L"items\\1\\ok.txt")},
+       {}, L"C:\\Windows\\System32\\evil.dll (Windows folder)", L"C:\\Windows\\System32\\evil.dll"},
+      {"a folder onto a drive root", {file(L"C:\\", L"items\\2", L"folder")},
+       {}, L"C:\\ (drive root)", L"C:\\inner.txt"},
+      {"a folder onto a profile's known folder", {file(L"C:\\Users\\test\\Desktop", L"items\\2", L"folder")},
+       {}, L"C:\\Users\\test\\Desktop (user profile folder)", L"C:\\Users\\test\\Desktop\\inner.txt"},
+      {"a file through a link", {file(L"C:\\Program Files\\AppLink\\ok.txt", L"items\\1\\ok.txt")},
+       {}, L"C:\\Program Files\\AppLink\\ok.txt (junction or symbolic link)", L"C:\\Secret\\ok.txt"},
+      {"a whole key Windows owns", {reg(L"key", run)}, {runEvil},
+       run + L" (registry key owned by Windows)", L""},
+      {"a .reg section no item lists", {reg(L"key", app)}, {{app, {}}, runEvil},
+       run + L" (not listed in the backup)", L"", 2},
+      {"a value the listed one shares its key with", {reg(L"value", run, L"Mine")},
+       {{run, {{L"Mine", Text(L"C:\\mine.exe")}, {L"Evil", Text(L"C:\\evil.exe")}}}},
+       L"", L"", 2},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.name);
+    mem::MemoryPlatform m;
+    const std::wstring folder = BackupRootFolder(m.Get()) + L"\\2024-01-01_000000";
+    m.files.AddFile(folder + L"\\items\\1\\ok.txt", "ok");
+    m.files.AddFile(folder + L"\\items\\2\\inner.txt", "inner");
+    m.files.AddFile(L"C:\\Secret\\s.txt", "secret");
+    m.files.AddFolder(L"C:\\Users\\test\\Desktop");
+    m.files.AddLink(folder + L"\\items\\9", L"C:\\Secret");
+    m.files.AddLink(L"C:\\Program Files\\AppLink", L"C:\\Secret");
+    std::vector<BackupItem> items = c.items;
+    items.push_back(file(L"C:\\Program Files\\App\\ok.txt", L"items\\1\\ok.txt"));  // the honest one
+    const std::string manifest = ManifestText(L"2024-01-01 00:00:00", items);
+    m.files.AddFile(folder + L"\\manifest.json", manifest);
+    if (!c.reg.empty()) {
+      const auto bytes = EncodeRegFile(c.reg);
+      m.files.AddFile(folder + L"\\registry64.reg", std::string(bytes.begin(), bytes.end()));
+    }
+
+    const auto result = RestoreBackup(m.Get(), L"latest");
+    ASSERT_TRUE(result);
+    EXPECT_EQ(result->restored, c.restored);
+    EXPECT_EQ(result->failed, c.failed.empty() ? std::vector<std::wstring>{}
+                                               : std::vector<std::wstring>{c.failed});
+    EXPECT_TRUE(m.files.FileExists(L"C:\\Program Files\\App\\ok.txt"));
+    if (!c.written.empty()) {
+      EXPECT_FALSE(m.files.GetAttributes(c.written)) << c.written;
+    }
+    auto runKey = m.registry.OpenKey(RegRoot::LocalMachine,
+                                     L"SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Run",
+                                     RegAccess::Read, true);
+    EXPECT_FALSE(runKey && runKey->ValueExists(L"Evil"));
+  }
 }
 
 TEST(BackupTest, ReadersRefuseWhatTheyDidNotWrite) {
