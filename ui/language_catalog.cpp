@@ -210,6 +210,7 @@ constexpr TCatalogText kLogManagerMessages[] = {
      L"lassen sich danach nicht mehr wiederherstellen."},
     {L"M_BackupRoom", L"All backups together take %s.", L"Alle Sicherungen belegen zusammen %s."},
     {L"M_NoBackups", L"There are no backups.", L"Es gibt keine Sicherungen."},
+    {L"M_OneRestored", L"1 item was restored.", L"1 Eintrag wurde wiederhergestellt."},
     {L"M_Restored", L"%d items were restored.", L"%d Eintr\u00e4ge wurden wiederhergestellt."},
     {L"M_NotRestored", L"These items could not be restored:",
      L"Diese Eintr\u00e4ge konnten nicht wiederhergestellt werden:"},

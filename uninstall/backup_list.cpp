@@ -41,7 +41,10 @@ std::optional<std::wstring> BackupList::Restore(int selected) {
     Refresh();
     return texts_.Missing;
   }
-  std::wstring report = text::ReplaceAll(texts_.Restored, L"%d", std::to_wstring(result->restored));
+  std::wstring report =
+      result->restored == 1
+          ? texts_.OneRestored
+          : text::ReplaceAll(texts_.Restored, L"%d", std::to_wstring(result->restored));
   if (!result->failed.empty()) {
     report += L"\r\n\r\n" + texts_.NotRestored;
     for (const std::wstring& item : result->failed) report += L"\r\n" + item;

@@ -14,6 +14,7 @@ namespace varnel {
 struct TBackupListTexts {
   std::wstring Room = L"All backups together take %s.";  // %s: the size
   std::wstring NoBackups = L"There are no backups.";
+  std::wstring OneRestored = L"1 item was restored.";
   std::wstring Restored = L"%d items were restored.";
   std::wstring NotRestored = L"These items could not be restored:";
   std::wstring Missing = L"The backup no longer exists.";

@@ -1035,7 +1035,7 @@ TEST_F(Gui, LogManagerRestoresABackupAndDeletesIt) {
   HWND notice = nullptr;
   ASSERT_TRUE(WaitUntil([&] {
     notice = app.DialogOwnedBy(logs);
-    return notice && notice != question && ShowsText(notice, L"1 items were restored.");
+    return notice && notice != question && ShowsText(notice, L"1 item was restored.");
   }));
   PostMessageW(notice, WM_COMMAND, IDOK, 0);
   ASSERT_TRUE(WaitUntil([&] { return !IsWindow(notice); }));

@@ -72,7 +72,7 @@ TEST(BackupListTest, RestoreAndDeleteActOnTheSelectedBackupOnly) {
       {"everything comes back", {}, kRestore, 0, L"2 items were restored.", 2, true},
       {"a file in the way is named",
        [](World& w) { w.m.files.AddFile(kNew, "newer"); }, kRestore, 0,
-       L"1 items were restored.\r\n\r\nThese items could not be restored:\r\n" + std::wstring(kNew),
+       L"1 item was restored.\r\n\r\nThese items could not be restored:\r\n" + std::wstring(kNew),
        2, true},
       {"removed behind the window", [](World& w) { DeleteBackup(w.m.Get(), w.newId); }, kRestore,
        0, L"The backup no longer exists.", 1, false},

@@ -100,6 +100,7 @@ void TLogManager_Form::LoadTexts() {
   TBackupListTexts texts;
   texts.Room = m(L"M_BackupRoom");
   texts.NoBackups = m(L"M_NoBackups");
+  texts.OneRestored = m(L"M_OneRestored");
   texts.Restored = m(L"M_Restored");
   texts.NotRestored = m(L"M_NotRestored");
   texts.Missing = m(L"M_BackupMissing");
