@@ -13,7 +13,7 @@ import json
 import os
 import sys
 
-from e2e_common import Checks, read_text
+from e2e_common import Checks, cli_run, read_text
 
 CHROME_ID = "fihdebefihdebefihdebefihdebefihd"
 TOOLBARS = {
@@ -25,13 +25,8 @@ TOOLBARS = {
 
 
 def run(record, name):
-    out = read_text(os.path.join(record, name + ".out"))
-    rc = read_text(os.path.join(record, name + ".rc")).strip()
-    try:
-        parsed = json.loads(out)
-    except ValueError:
-        parsed = None
-    return parsed, int(rc) if rc.lstrip("-").isdigit() else None, out
+    out, _, rc, parsed = cli_run(record, name)
+    return parsed, rc, out
 
 
 def files(record, name):

@@ -1,5 +1,6 @@
 """Shared by the end-to-end checkers: the check counter with the summary tools/test.sh reads,
 file reading, and the sample table."""
+import json
 import os
 
 SAMPLE_COLUMNS = ("id", "installer", "source", "root", "view", "key", "program", "name",
@@ -34,6 +35,19 @@ def read_text(path):
             return f.read()
     except OSError:
         return ""
+
+
+def cli_run(record, name):
+    """One run of the tool as the scripts record it: stdout, stderr, the exit code (None when
+    unknown) and stdout read as JSON (None when it is not)."""
+    out = read_text(os.path.join(record, name + ".out"))
+    err = read_text(os.path.join(record, name + ".err"))
+    rc = read_text(os.path.join(record, name + ".rc")).strip()
+    try:
+        parsed = json.loads(out)
+    except ValueError:
+        parsed = None
+    return out, err, int(rc) if rc.lstrip("-").isdigit() else None, parsed
 
 
 def load_samples(record):

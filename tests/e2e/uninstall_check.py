@@ -11,12 +11,11 @@ returned) and RUN.processes (the processes running then), and before.processes; 
 the registry and disk snapshots (footprint.py) others, installed, cleaned and restored. Prints
 one line per check and a gtest-like summary; exits 1 when a check fails.
 """
-import json
 import os
 import re
 import sys
 
-from e2e_common import Checks, load_samples, read_text
+from e2e_common import Checks, cli_run, load_samples, read_text
 from footprint import Snapshot, changes
 from scan_check import is_noise, physical, sample_sets, table, user_folders
 
@@ -26,14 +25,8 @@ ALLOWED_NEW = {"explorer.exe", "conhost.exe", "varnel-e2e-helper.exe"}
 
 
 def run(record, name):
-    out = read_text(os.path.join(record, name + ".out"))
-    err = read_text(os.path.join(record, name + ".err"))
-    rc = read_text(os.path.join(record, name + ".rc")).strip()
-    try:
-        parsed = json.loads(out)
-    except ValueError:
-        parsed = {}
-    return out, err, int(rc) if rc.lstrip("-").isdigit() else None, parsed
+    out, err, rc, parsed = cli_run(record, name)
+    return out, err, rc, {} if parsed is None else parsed
 
 
 def process_names(record, name):

@@ -1,0 +1,111 @@
+#!/usr/bin/env python3
+"""Checks what the console tool did with hostile uninstall entries.
+
+    hostile_check.py RECORD_DIR SAMPLE_FOLDER
+
+RECORD_DIR is filled by hostile_e2e.sh: hostile.tsv (name, value type, install location,
+uninstall command, one entry a line); for the N-th entry scan-N and uninstall-N (.out, .err,
+.rc); snap/ holds the registry and disk snapshots before and after. SAMPLE_FOLDER is the
+installed sample's folder. Prints one line per check and a gtest-like summary; exits 1 when a
+check fails.
+"""
+import json
+import os
+import sys
+
+from e2e_common import Checks, cli_run, read_text
+from footprint import Snapshot
+from scan_check import is_noise
+
+UNINSTALL = "hkcu\\software\\microsoft\\windows\\currentversion\\uninstall\\"
+ROOTS = {"HKEY_LOCAL_MACHINE": "hklm", "HKEY_CURRENT_USER": "hkcu", "HKEY_CLASSES_ROOT": "hkcr",
+         "HKEY_USERS": "hku"}
+
+
+def run(record, name):
+    _, err, rc, parsed = cli_run(record, name)
+    return parsed, err, rc
+
+
+def own_key(name):
+    return UNINSTALL + name.replace(" ", "").lower()
+
+
+def is_own(item, keys):
+    """Whether a snapshot item is one of KEYS or lies in it."""
+    path = item[1].lower()
+    return any(path == k or path.startswith(k + "\\") for k in keys)
+
+
+def reported_key(entry):
+    return (ROOTS.get(entry.get("root"), "?") + "\\" + str(entry.get("key", "")).strip("\\")).lower()
+
+
+def check_scan(checks, label, result, err, rc, name):
+    if not checks.check(f"{label}: scan exits 0 with one object", rc == 0 and
+                        isinstance(result, dict), f"exit code {rc}, stderr {err[:200]!r}"):
+        return
+    files = result.get("files", [])
+    checks.check(f"{label}: scan offers no file and no folder", not files,
+                 "; ".join(str(f.get("path")) for f in files[:6]))
+    foreign = [reported_key(r) for r in result.get("registry", [])
+               if not reported_key(r).startswith(own_key(name))]
+    checks.check(f"{label}: scan offers no key but the entry's own", not foreign,
+                 "; ".join(foreign[:6]))
+
+
+def check_uninstall(checks, label, result, err, rc, name):
+    if not checks.check(f"{label}: uninstall prints its result", isinstance(result, dict),
+                        f"exit code {rc}, stderr {err[:200]!r}"):
+        return
+    # The leftover scan must have run, or deleting nothing would prove nothing.
+    leftovers = result.get("leftovers") or []
+    checks.check(f"{label}: uninstall ran the leftover scan, which offers no file",
+                 len(leftovers) == 1 and leftovers[0].get("program") == name and
+                 not leftovers[0].get("files"), json.dumps(leftovers)[:300])
+    deleted = result.get("deleted") or {}
+    gone = deleted.get("files", []) + deleted.get("atRestart", [])
+    tail = own_key(name).split("\\", 1)[1]
+    foreign = [k for k in deleted.get("registry", []) if tail not in str(k).lower()]
+    checks.check(f"{label}: uninstall deletes no file and no key but the entry's own",
+                 not gone and not foreign, "; ".join(str(i) for i in (gone + foreign)[:6]))
+
+
+def main():
+    if len(sys.argv) != 3:
+        print("usage: hostile_check.py RECORD_DIR SAMPLE_FOLDER", file=sys.stderr)
+        return 2
+    record, sample = sys.argv[1], sys.argv[2].lower().rstrip("\\")
+    checks = Checks()
+    rows = [line.split("\t") for line in
+            read_text(os.path.join(record, "hostile.tsv")).splitlines() if line.strip()]
+    for n, (name, _, location, command) in enumerate(rows, 1):
+        label = f"{name} ({location}, {command})"
+        check_scan(checks, label, *run(record, f"scan-{n}"), name)
+        check_uninstall(checks, label, *run(record, f"uninstall-{n}"), name)
+
+    snap = os.path.join(record, "snap")
+    try:
+        before = Snapshot(os.path.join(snap, "before.reg"), os.path.join(snap, "before.disk"))
+        after = Snapshot(os.path.join(snap, "after.reg"), os.path.join(snap, "after.disk"))
+    except FileNotFoundError as e:
+        checks.check("both snapshots were taken", False, str(e))
+        return checks.summary()
+    keys = [own_key(name) for name, *_ in rows]
+    checks.check("the entries were written", all(k in before.keys for k in keys), "; ".join(keys))
+    old, new = before.items(), after.items()
+    lost = sorted(str(i) for i in old if i not in new and not is_noise(i) and not is_own(i, keys))
+    checks.check("nothing was deleted but the entries' own keys", not lost, "\n".join(lost[:40]))
+    changed = sorted(str(i) for i, data in old.items()
+                     if i in new and new[i] != data and not is_noise(i) and not is_own(i, keys))
+    checks.check("no value outside the entries' own keys changed", not changed,
+                 "\n".join(changed[:40]))
+    files = [p for p in before.below(sample)] + [sample]
+    checks.check(f"the sample's folder kept all its {len(files)} files and folders",
+                 len(files) > 5 and all(after.has(("F", p)) for p in files),
+                 "; ".join(p for p in files if not after.has(("F", p))))
+    return checks.summary()
+
+
+if __name__ == "__main__":
+    sys.exit(main())

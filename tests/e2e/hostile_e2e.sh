@@ -1,0 +1,88 @@
+#!/usr/bin/env bash
+# End-to-end check of hostile uninstall entries against the console tool:
+#
+#   hostile_e2e.sh CLI_EXE HELPER_EXE FIXTURE_DIR
+#
+# In one fresh sandboxed prefix: install the NSIS 64-bit sample, then add per-user Uninstall
+# entries (anyone can write one) whose install location names a place no program owns: the
+# system folder through "\\?\", the drive root as "C:\/", the roaming application data as
+# %APPDATA% (REG_EXPAND_SZ), Program Files long and in its 8.3 form, and the sample's folder
+# through "plugins\..". Their uninstallers do nothing ("cmd /c exit 0") or are missing.
+# Snapshot registry and disk (HELPER_EXE is e2e_helper.exe), `scan` each entry, then
+# `uninstall --advanced --delete` each, snapshot again. hostile_check.py checks that no scan
+# offered a file, a folder or a key of Windows and that nothing was deleted but the entries'
+# own keys, the sample's files included. VARNEL_E2E_KEEP=1 keeps the prefix and the records.
+set -uo pipefail
+
+[ $# -eq 3 ] || { echo "usage: $0 CLI_EXE HELPER_EXE FIXTURE_DIR" >&2; exit 2; }
+cli=$1
+helper=$2
+fixtures=$3
+label=hostile_e2e
+timeout_s=${VARNEL_E2E_TIMEOUT:-120}
+. "$(dirname "${BASH_SOURCE[0]}")/e2e_common.sh"
+
+e2e_prepare "$fixtures" "$cli" "$helper"
+cp -f "$fixtures/samples.tsv" "$work/"
+cp -f "$cli" "$drive_c/varnel-cli.exe"
+cp -f "$helper" "$drive_c/varnel-e2e-helper.exe"
+mkdir -p "$drive_c/varnel-e2e"
+bash "$e2e_tools/install-fixtures.sh" "$dir" "$fixtures" notes >"$work/install.log" 2>&1 ||
+  { cat "$work/install.log"; die "the sample did not install"; }
+
+# The sample's folder, found on the disk (C:\-relative), and the 8.3 form of Program Files
+# as this Windows makes it.
+program=$(awk -F'\t' '$1 == "notes" { print $7 }' "$fixtures/samples.tsv")
+found=$(cd "$drive_c" && find "Program Files" -name "$program" -print -quit)
+[ -n "$found" ] || die "no $program on the disk"
+sample='C:\'$(dirname "$found" | tr / '\\')
+short=$(in_prefix cmd /c 'dir /x C:\' | tr -d '\r' |
+  sed -nE 's/.*<DIR> +([^ ]+~[^ ]+) +Program Files$/C:\\\1/p')
+[ -n "$short" ] || die "no short form of Program Files"
+
+# name, value type, install location, uninstall command.
+run_nothing='C:\windows\system32\cmd.exe /c exit 0'
+cat >"$work/hostile.tsv" <<EOF
+Hostile System Folder	REG_SZ	\\\\?\\C:\\windows\\system32	$run_nothing
+Hostile Drive Root	REG_SZ	C:\\/	$run_nothing
+Hostile Roaming Data	REG_EXPAND_SZ	%APPDATA%	$run_nothing
+Hostile Program Files	REG_SZ	C:\\Program Files	$run_nothing
+Hostile Short Form	REG_SZ	$short\\	C:\\hostile\\uninst.exe
+Hostile Other Program	REG_SZ	$sample\\plugins\\..	$run_nothing
+EOF
+# All in one import: one Windows start instead of three per entry.
+python3 - "$work/hostile.tsv" "$drive_c/varnel-e2e/hostile.reg" <<'EOF' || die "no .reg file"
+import sys
+def text(s):
+    return '"' + s.replace("\\", "\\\\").replace('"', '\\"') + '"'
+lines = ["Windows Registry Editor Version 5.00", ""]
+for row in open(sys.argv[1], encoding="utf-8").read().splitlines():
+    name, kind, location, command = row.split("\t")
+    lines.append("[HKEY_CURRENT_USER\\Software\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\"
+                 + name.replace(" ", "") + "]")
+    lines.append('"DisplayName"=' + text(name))
+    lines.append('"UninstallString"=' + text(command))
+    if kind == "REG_EXPAND_SZ":
+        data = (location + "\0").encode("utf-16-le")
+        lines.append('"InstallLocation"=hex(2):' + ",".join(f"{b:02x}" for b in data))
+    else:
+        lines.append('"InstallLocation"=' + text(location))
+    lines.append("")
+open(sys.argv[2], "w", encoding="utf-16").write("\r\n".join(lines) + "\r\n")
+EOF
+in_prefix reg import 'C:\varnel-e2e\hostile.reg' >"$work/import.log" 2>&1 || die "reg import failed"
+
+snapshot before
+n=0
+while IFS=$'\t' read -r -u 3 name _; do
+  n=$((n + 1))
+  run_cli "scan-$n" scan "$name" --json
+done 3<"$work/hostile.tsv"
+n=0
+while IFS=$'\t' read -r -u 3 name _; do
+  n=$((n + 1))
+  run_cli "uninstall-$n" uninstall "$name" --advanced --delete --json
+done 3<"$work/hostile.tsv"
+snapshot after
+
+python3 "$e2e_here/hostile_check.py" "$work" "$sample"
