@@ -7,6 +7,7 @@
 #include "core/date_time.h"
 #include "core/protected_places.h"
 #include "core/text.h"
+#include "leftovers/other_programs.h"
 #include "leftovers/scan_driver.h"
 #include "uninstall/backup.h"
 #include "uninstall/uninstall_log.h"
@@ -159,19 +160,13 @@ void TUninstallSequence::AppendLogBlock(std::vector<std::wstring>& lines, const 
 }
 
 std::vector<std::wstring> TUninstallSequence::OtherProgramFolders() const {
-  std::vector<std::wstring> folders;
-  if (!software_) return folders;
-  std::vector<bool> job(software_->size(), false);
-  for (const std::wstring& entry : jobs_) {
-    const int index = mode_ == JobMode::Uninstall ? ParseJobIndex(entry) : -1;
-    if (index >= 0 && index < static_cast<int>(job.size())) job[static_cast<std::size_t>(index)] = true;
-  }
-  for (std::size_t i = 0; i < software_->size(); ++i) {
-    const auto& record = (*software_)[i];
-    if (!job[i] && record && !record->InstallLocation.empty())
-      folders.push_back(record->InstallLocation);
-  }
-  return folders;
+  if (!software_) return {};
+  // The one routine the scan uses, so that the guard keeps exactly what the
+  // scan would not offer.
+  std::vector<int> jobs;
+  if (mode_ == JobMode::Uninstall)
+    for (const std::wstring& entry : jobs_) jobs.push_back(ParseJobIndex(entry));
+  return varnel::OtherProgramFolders(platform_, *software_, jobs);
 }
 
 int TUninstallSequence::Scan(TScanDriver& driver, const IImageList* listImages, IResultsTree& tree,
@@ -179,6 +174,13 @@ int TUninstallSequence::Scan(TScanDriver& driver, const IImageList* listImages, 
   static const TSoftList kNoSoftware;
   const TSoftList& list = software_ ? *software_ : kNoSoftware;
   view_.SetStep(3);
+  // The programs of one batch may share folders: none protects another's.
+  std::vector<int> together;
+  for (const std::wstring& entry : jobs_) {
+    const int index = ParseJobIndex(entry);
+    if (index >= 0 && index < static_cast<int>(list.size())) together.push_back(index);
+  }
+  driver.SetScannedTogether(std::move(together));
   scanning_ = &driver;
   int branches = 0;
   for (const std::wstring& entry : jobs_) {

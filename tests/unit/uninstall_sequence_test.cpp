@@ -295,16 +295,18 @@ TEST(UninstallRunnerTest, AddOnIsRemovedByItsManifestAndNothingRuns) {
   }
 }
 
-// Counts branches; the driver's own tests check their content.
+// Counts branches and keeps the captions; the driver's own tests check the rest.
 class CountingTree : public IResultsTree {
  public:
-  TreeNodeId AddNode(TreeNodeId parent, const std::wstring&, int, int,
+  TreeNodeId AddNode(TreeNodeId parent, const std::wstring& caption, int, int,
                      std::unique_ptr<TMyTreeData>) override {
     if (parent == kTreeRoot) ++branches;
+    captions.push_back(caption);
     return ++nodes;
   }
   int branches = 0;
   TreeNodeId nodes = 0;
+  std::vector<std::wstring> captions;
 };
 
 TEST(UninstallScanTest, ScansEachListedProgramAndStopsWhenCancelled) {
@@ -330,6 +332,34 @@ TEST(UninstallScanTest, ScansEachListedProgramAndStopsWhenCancelled) {
   CountingTree after;
   EXPECT_EQ(sequence.Scan(driver, nullptr, after, nullptr), 0);
   EXPECT_EQ(after.nodes, 0);
+}
+
+// A plug-in installed into its host's folder and uninstalled with it: the
+// host's folder holds the plug-in's, yet neither protects the other, and the
+// folders the guard keeps are those of the programs outside the batch alone
+// (a hidden twin of a job is no other program).
+TEST(UninstallScanTest, TheProgramsOfOneBatchDoNotProtectOneAnothersFolders) {
+  testing_scan::ScanWorld w;
+  const std::wstring host = w.record.InstallLocation;
+  w.m.files.AddFile(host + L"\\Plugin\\plugin.dll", "MZ");
+  w.m.files.AddFile(L"C:\\Program Files\\Other\\other.exe", "MZ");
+  TSoftList list;
+  for (int i = 0; i < 4; ++i) list.push_back(std::make_unique<TSoftInfo>(w.record));
+  list[1]->Name = L"Acme Writer Plugin";
+  list[1]->InstallLocation = host + L"\\Plugin";
+  list[2]->Hidden = true;
+  list[3]->Name = L"Other";
+  list[3]->InstallLocation = L"C:\\Program Files\\Other";
+  RecordingView view;
+  TUninstallSequence sequence(w.m.Get(), view, TUninstallTexts{});
+  sequence.SetSoftware(&list);
+  Lines jobs{L"0", L"1"};
+  sequence.SetJobs(&jobs, JobMode::Uninstall);
+  TScanDriver driver(w.m.Get());
+  CountingTree tree;
+  EXPECT_EQ(sequence.Scan(driver, nullptr, tree, nullptr), 2);
+  EXPECT_NE(std::find(tree.captions.begin(), tree.captions.end(), host), tree.captions.end());
+  EXPECT_EQ(sequence.OtherProgramFolders(), std::vector<std::wstring>{list[3]->InstallLocation});
 }
 
 }  // namespace
