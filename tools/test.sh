@@ -178,7 +178,7 @@ if [ -n "$libxml2_root" ] \
   elif quiet "$win_dir/prefix.log" bash tools/wine-prefix.sh create "$prefix_dir"; then
     (cd "$win_dir" && VARNEL_WINE_DIR=$prefix_dir VARNEL_WINE_TIMEOUT=300 ctest -V -j"$jobs" --timeout 400) \
       >"$win_dir/ctest.log" 2>&1
-    summarize_ctest wine "$win_dir/ctest.log" unit platform sandbox xml bench scan_bench e2e scan_e2e hostile_e2e gui
+    summarize_ctest wine "$win_dir/ctest.log" unit platform sandbox xml bench scan_bench e2e scan_e2e uninstall_e2e hostile_e2e addons_e2e gui
   else
     note "wine     prefix         FAILED  could not make the Wine prefix"
     fail_count 1
