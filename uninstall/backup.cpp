@@ -414,11 +414,12 @@ bool ImportRegFile(const Platform& platform, const std::wstring& file, bool use6
       ok = false;
       continue;
     }
-    for (const auto& [name, value] : section.values) {
+    for (const auto& entry : section.values) {
+      const std::wstring& name = entry.first;
       const bool granted = whole || std::any_of(names.begin(), names.end(), [&](auto n) {
                              return text::SameText(n, name);
                            });
-      if (granted) ok = key->WriteValue(name, value) && ok;
+      if (granted) ok = key->WriteValue(name, entry.second) && ok;
     }
   }
   return ok;
