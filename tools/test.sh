@@ -5,7 +5,7 @@
 #   tools/test.sh [--clean]
 #
 # VARNEL_BUILD_ROOT (default build/) holds bed-host-san/, bed-windows/ and
-# bed-fuzz/; --clean deletes those three first. VARNEL_FUZZ_SECONDS (default 60)
+# bed-fuzz/; --clean deletes those three first. VARNEL_FUZZ_SECONDS (default 30)
 # is the time per fuzz target.
 set -uo pipefail
 
@@ -195,7 +195,7 @@ begin "fuzz build and smoke run"
 if quiet "$fuzz_dir/configure.log" cmake -S . -B "$fuzz_dir" -G Ninja -DVARNEL_FUZZ=ON \
     -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++ \
   && quiet "$fuzz_dir/build.log" cmake --build "$fuzz_dir" -j"$jobs"; then
-  bash tools/fuzz-smoke.sh "$fuzz_dir" "${VARNEL_FUZZ_SECONDS:-60}" | tee "$fuzz_dir/smoke.log"
+  bash tools/fuzz-smoke.sh "$fuzz_dir" "${VARNEL_FUZZ_SECONDS:-30}" | tee "$fuzz_dir/smoke.log"
   while IFS= read -r line; do
     case $line in
       "fuzz "*": ok"*)
