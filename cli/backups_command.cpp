@@ -6,12 +6,6 @@
 
 namespace varnel::cli {
 
-namespace {
-
-std::string Utf8(const std::wstring& s) { return text::ToUtf8(s); }
-
-}  // namespace
-
 int RunBackups(const Platform& platform, const BackupsOptions& options, std::string& out,
                std::string&) {
   const std::vector<BackupSummary> backups = ListBackups(platform);

@@ -7,12 +7,6 @@
 #include "inventory/browser_extensions.h"
 
 namespace varnel::cli {
-namespace {
-
-std::string Utf8(const std::wstring& s) { return text::ToUtf8(s); }
-
-}  // namespace
-
 std::string FormatExtensionsText(const BrowserExtensions& extensions) {
   std::string out;
   for (const auto& e : extensions) {

@@ -14,8 +14,6 @@ namespace varnel::cli {
 
 namespace {
 
-std::string Utf8(const std::wstring& s) { return text::ToUtf8(s); }
-
 // What became of the file itself when no program owned it.
 struct ForcedFile {
   bool gone = false;

@@ -3,7 +3,12 @@
 #include <nlohmann/json.hpp>
 #include <string>
 
+#include "core/text.h"
+
 namespace varnel::cli {
+
+// The console speaks UTF-8, in text and in JSON.
+inline std::string Utf8(const std::wstring& s) { return text::ToUtf8(s); }
 
 // Indented, one trailing newline. Registry text may hold lone surrogates;
 // they are replaced rather than aborting the output.

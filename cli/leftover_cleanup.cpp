@@ -3,6 +3,7 @@
 #include <atomic>
 #include <utility>
 
+#include "cli/json_output.h"
 #include "cli/scan_command.h"
 #include "core/protected_places.h"
 #include "core/text.h"
@@ -11,8 +12,6 @@
 namespace varnel::cli {
 
 namespace {
-
-std::string Utf8(const std::wstring& s) { return text::ToUtf8(s); }
 
 // The deletion's captions as progress lines; the bar has no place here.
 class ConsoleDeletionProgress final : public IDeletionProgress {

@@ -17,8 +17,6 @@
 namespace varnel::cli {
 namespace {
 
-std::string Utf8(const std::wstring& s) { return text::ToUtf8(s); }
-
 // Display width in code points, so that accented names line up.
 std::size_t Width(const std::string& utf8) {
   return static_cast<std::size_t>(

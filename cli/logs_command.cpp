@@ -12,8 +12,6 @@ namespace varnel::cli {
 
 namespace {
 
-std::string Utf8(const std::wstring& s) { return text::ToUtf8(s); }
-
 std::string LocalTime(const Platform& platform, FileTime time) {
   return Utf8(FormatDate(L"yyyy-MM-dd HH:mm:ss", FileTimeToLocalDateTime(platform.system, time)));
 }

@@ -11,8 +11,6 @@ namespace varnel::cli {
 
 namespace {
 
-std::string Utf8(const std::wstring& s) { return text::ToUtf8(s); }
-
 std::wstring Field(const nlohmann::json& object, const char* name) {
   auto it = object.find(name);
   return it != object.end() && it->is_string() ? text::FromUtf8(it->get<std::string>())

@@ -17,8 +17,6 @@ namespace varnel::cli {
 
 namespace {
 
-std::string Utf8(const std::wstring& s) { return text::ToUtf8(s); }
-
 std::wstring WithoutDots(std::wstring_view text) {
   while (!text.empty() && text.back() == L'.') text.remove_suffix(1);
   return std::wstring(text);
