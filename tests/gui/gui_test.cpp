@@ -285,6 +285,22 @@ class Gui : public testing::Test {
     ASSERT_TRUE(WaitUntil([&] { return !IsWindow(box) || !IsWindowVisible(box); }));
     Settle();
   }
+  // Sends `command` to `owner`, checks the question and answers Yes; returns
+  // the notice that follows with `noticeText`, or null when none came.
+  HWND AnswerYesForNotice(HWND owner, int command, const std::wstring& questionText,
+                          const std::wstring& noticeText) {
+    PostMessageW(owner, WM_COMMAND, command, 0);
+    HWND question = app.WaitForDialog(owner);
+    if (!question) return nullptr;
+    EXPECT_TRUE(ShowsText(question, questionText));
+    PostMessageW(question, WM_COMMAND, IDYES, 0);
+    HWND notice = nullptr;
+    const bool shown = WaitUntil([&] {
+      notice = app.DialogOwnedBy(owner);
+      return notice && notice != question && ShowsText(notice, noticeText);
+    });
+    return shown ? notice : nullptr;
+  }
   // Uninstall on the selection or the checked rows, answered Yes; returns
   // the uninstalling window once it shows.
   HWND StartUninstall() {
@@ -917,16 +933,10 @@ TEST_F(Gui, AdvancedModeScansAndDeletesTheLeftoversTheUserChecks) {
   EXPECT_TRUE(IsWindowEnabled(remove));
 
   const std::wstring before = ReadUtf8(TodaysLog());
-  PostMessageW(results, WM_COMMAND, P::Delete, 0);
-  HWND question = app.WaitForDialog(results);
-  ASSERT_NE(question, nullptr);
-  EXPECT_TRUE(ShowsText(question, L"Are you sure you want to delete the selected items?"));
-  PostMessageW(question, WM_COMMAND, IDYES, 0);
-  HWND finished = nullptr;
-  ASSERT_TRUE(WaitUntil([&] {
-    finished = app.DialogOwnedBy(results);
-    return finished && finished != question && ShowsText(finished, L"Delete finished.");
-  }));
+  HWND finished = AnswerYesForNotice(results, P::Delete,
+                                     L"Are you sure you want to delete the selected items?",
+                                     L"Delete finished.");
+  ASSERT_NE(finished, nullptr);
   PostMessageW(finished, WM_COMMAND, IDOK, 0);
   EXPECT_TRUE(WaitUntil([&] { return !IsWindowVisible(results) && IsWindowEnabled(app.Main()); }));
   EXPECT_FALSE(FileExists(shortcut));
@@ -1027,16 +1037,11 @@ TEST_F(Gui, LogManagerRestoresABackupAndDeletesIt) {
   auto asked = [&](HWND box, const wchar_t* key) {
     return ShowsText(box, LngValue(english, L"Uninstaller_LogManager_Form_M", key));
   };
-  PostMessageW(logs, WM_COMMAND, L::Restore, 0);
-  HWND question = app.WaitForDialog(logs);
-  ASSERT_NE(question, nullptr);
-  EXPECT_TRUE(asked(question, L"M_SureRestore"));
-  PostMessageW(question, WM_COMMAND, IDYES, 0);
-  HWND notice = nullptr;
-  ASSERT_TRUE(WaitUntil([&] {
-    notice = app.DialogOwnedBy(logs);
-    return notice && notice != question && ShowsText(notice, L"1 item was restored.");
-  }));
+  HWND notice =
+      AnswerYesForNotice(logs, L::Restore,
+                         LngValue(english, L"Uninstaller_LogManager_Form_M", L"M_SureRestore"),
+                         L"1 item was restored.");
+  ASSERT_NE(notice, nullptr);
   PostMessageW(notice, WM_COMMAND, IDOK, 0);
   ASSERT_TRUE(WaitUntil([&] { return !IsWindow(notice); }));
   EXPECT_EQ(ReadUtf8(file), L"keep me");
@@ -1046,7 +1051,7 @@ TEST_F(Gui, LogManagerRestoresABackupAndDeletesIt) {
   app.SelectRowOf(list, row);
   Settle();
   PostMessageW(logs, WM_COMMAND, L::DeleteBackup, 0);
-  question = app.WaitForDialog(logs);
+  HWND question = app.WaitForDialog(logs);
   ASSERT_NE(question, nullptr);
   EXPECT_TRUE(asked(question, L"M_SureDelBackup"));
   Answer(IDYES, logs);
