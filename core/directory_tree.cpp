@@ -56,6 +56,35 @@ bool DeleteDirectoryTree(IFileSystem& files, std::wstring_view folder) {
   return true;
 }
 
+bool IsLinkEntry(std::uint32_t attributes) {
+  return (attributes & FileAttr::ReparsePoint) != 0;
+}
+
+bool ListDirectoryTree(IFileSystem& files, const std::wstring& folder,
+                       std::vector<TreeEntry>& out) {
+  bool complete = true;
+  std::vector<std::wstring> pending{L""};
+  while (!pending.empty()) {
+    const std::wstring relative = std::move(pending.back());
+    pending.pop_back();
+    std::vector<FindEntry> entries;
+    const std::wstring here = relative.empty() ? folder : folder + L"\\" + relative;
+    if (!files.FindEntries(here + L"\\*.*", entries)) {
+      // An empty folder lists "." and ".." at least; nothing at all is a failure.
+      complete = false;
+      continue;
+    }
+    for (const FindEntry& entry : entries) {
+      if (entry.name == L"." || entry.name == L"..") continue;
+      const std::wstring child = relative.empty() ? entry.name : relative + L"\\" + entry.name;
+      out.push_back({child, entry.attributes, entry.size});
+      if ((entry.attributes & FileAttr::Directory) && !IsLinkEntry(entry.attributes))
+        pending.push_back(child);
+    }
+  }
+  return complete;
+}
+
 bool MakeDirectoryTree(IFileSystem& files, const std::wstring& folder) {
   if (folder.empty()) return false;
   // A share's root ("\\server\share") is there or not; it cannot be made.

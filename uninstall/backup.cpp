@@ -20,40 +20,6 @@ constexpr wchar_t kManifest[] = L"manifest.json";
 
 std::wstring RegFileName(bool use64) { return use64 ? L"registry64.reg" : L"registry32.reg"; }
 
-bool IsLink(std::uint32_t attributes) { return (attributes & FileAttr::ReparsePoint) != 0; }
-
-struct TreeEntry {
-  std::wstring relative;  // below the walked folder, "\"-separated
-  std::uint32_t attributes = 0;
-  std::uint64_t size = 0;
-};
-
-// Everything below `folder`, parents before their contents; links are listed
-// but never entered. False when a folder could not be listed.
-bool WalkTree(IFileSystem& files, const std::wstring& folder, std::vector<TreeEntry>& out) {
-  bool complete = true;
-  std::vector<std::wstring> pending{L""};
-  while (!pending.empty()) {
-    const std::wstring relative = std::move(pending.back());
-    pending.pop_back();
-    std::vector<FindEntry> entries;
-    const std::wstring here = relative.empty() ? folder : folder + L"\\" + relative;
-    if (!files.FindEntries(here + L"\\*.*", entries)) {
-      // An empty folder lists "." and ".." at least; nothing at all is a failure.
-      complete = false;
-      continue;
-    }
-    for (const FindEntry& entry : entries) {
-      if (entry.name == L"." || entry.name == L"..") continue;
-      const std::wstring child = relative.empty() ? entry.name : relative + L"\\" + entry.name;
-      out.push_back({child, entry.attributes, entry.size});
-      if ((entry.attributes & FileAttr::Directory) && !IsLink(entry.attributes))
-        pending.push_back(child);
-    }
-  }
-  return complete;
-}
-
 bool CopyFileBytes(IFileSystem& files, const std::wstring& from, const std::wstring& to) {
   std::vector<std::uint8_t> bytes;
   return files.ReadWholeFile(from, bytes) && files.WriteWholeFile(to, bytes);
@@ -65,11 +31,11 @@ bool CopyFileBytes(IFileSystem& files, const std::wstring& from, const std::wstr
 bool CopyTree(IFileSystem& files, const std::wstring& from, const std::wstring& to,
               bool keepExisting, std::vector<std::wstring>& links) {
   std::vector<TreeEntry> entries;
-  bool ok = WalkTree(files, from, entries) && MakeDirectoryTree(files, to);
+  bool ok = ListDirectoryTree(files, from, entries) && MakeDirectoryTree(files, to);
   for (const TreeEntry& entry : entries) {
     if (!ok) break;
     const std::wstring target = to + L"\\" + entry.relative;
-    if (IsLink(entry.attributes)) {
+    if (IsLinkEntry(entry.attributes)) {
       links.push_back(entry.relative);
     } else if (entry.attributes & FileAttr::Directory) {
       ok = files.DirectoryExists(target) || files.MakeDirectory(target);
@@ -83,7 +49,7 @@ bool CopyTree(IFileSystem& files, const std::wstring& from, const std::wstring& 
 // Removes a backup's folder, read-only files included.
 bool RemoveTree(IFileSystem& files, const std::wstring& folder) {
   std::vector<TreeEntry> entries;
-  WalkTree(files, folder, entries);
+  ListDirectoryTree(files, folder, entries);
   for (auto it = entries.rbegin(); it != entries.rend(); ++it) {
     const std::wstring path = folder + L"\\" + it->relative;
     if (it->attributes & FileAttr::ReadOnly)
@@ -257,12 +223,12 @@ bool Backup::Take(const std::wstring& path, bool folder, bool& moved) {
   const std::wstring target = folder_ + L"\\" + kept;
   if (!MakeDirectoryTree(files, folder_ + L"\\" + slot)) return false;
 
-  BackupItem item{IsLink(*attributes) ? L"link" : folder ? L"folder" : L"file", path, L"", false,
+  BackupItem item{IsLinkEntry(*attributes) ? L"link" : folder ? L"folder" : L"file", path, L"", false,
                   kept, *attributes};
   std::vector<BackupItem> links;
   if (files.MoveEntry(path, target)) {
     moved = true;
-  } else if (IsLink(*attributes)) {
+  } else if (IsLinkEntry(*attributes)) {
     // A link holds nothing of its own: it is noted, not copied through.
     item.kept.clear();
   } else if (folder) {
@@ -290,7 +256,7 @@ std::vector<BackupSummary> ListBackups(const Platform& platform) {
   std::vector<FindEntry> entries;
   if (root.empty() || !platform.files.FindEntries(root + L"\\*.*", entries)) return list;
   for (const FindEntry& entry : entries) {
-    if (!(entry.attributes & FileAttr::Directory) || IsLink(entry.attributes) ||
+    if (!(entry.attributes & FileAttr::Directory) || IsLinkEntry(entry.attributes) ||
         !ValidId(entry.name))
       continue;
     BackupSummary summary;
@@ -301,7 +267,7 @@ std::vector<BackupSummary> ListBackups(const Platform& platform) {
     for (const BackupItem& item : *items)
       ++(item.kind == L"key" || item.kind == L"value" ? summary.registryItems : summary.fileItems);
     std::vector<TreeEntry> inside;
-    WalkTree(platform.files, summary.folder, inside);
+    ListDirectoryTree(platform.files, summary.folder, inside);
     for (const TreeEntry& file : inside)
       if (!(file.attributes & FileAttr::Directory)) summary.bytes += file.size;
     list.push_back(std::move(summary));

@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "core/directory_tree.h"
 #include "core/path_resolution.h"
 #include "core/reboot_file_ops.h"
 #include "core/registry_location.h"
@@ -12,8 +13,6 @@ namespace varnel {
 namespace {
 
 constexpr wchar_t kNoBackup[] = L"no backup could be made";
-
-bool IsLink(std::uint32_t attributes) { return (attributes & FileAttr::ReparsePoint) != 0; }
 
 // The file is backed up by now, so a read-only mark does not keep it.
 bool RemoveFileAnyway(IFileSystem& files, const std::wstring& path, std::uint32_t attributes) {
@@ -144,7 +143,7 @@ DeletionOutcome DeletionGuard::DeletePath(const std::wstring& path) {
     return outcome;
   }
   const bool folder = (*attributes & FileAttr::Directory) != 0;
-  const bool tree = folder && !IsLink(*attributes);
+  const bool tree = folder && !IsLinkEntry(*attributes);
 
   if (backup_) {
     bool moved = false;
@@ -177,31 +176,19 @@ DeletionOutcome DeletionGuard::DeletePath(const std::wstring& path) {
 // start and `queued` set; other errors are passed over.
 void DeletionGuard::RemoveTree(const std::wstring& folder, bool& queued) {
   IFileSystem& files = platform_.files;
-  // An explicit stack: a tree may nest deeper than a thread's stack allows.
-  std::vector<std::pair<std::wstring, bool>> stack{{folder, false}};
-  while (!stack.empty()) {
-    auto [current, listed] = stack.back();
-    if (listed) {
-      stack.pop_back();
-      files.RemoveFolder(current);
-      continue;
-    }
-    stack.back().second = true;
-    std::vector<FindEntry> entries;
-    if (!files.FindEntries(current + L"\\*.*", entries)) continue;
-    for (const FindEntry& entry : entries) {
-      if (entry.name == L"." || entry.name == L"..") continue;
-      const std::wstring child = current + L"\\" + entry.name;
-      if ((entry.attributes & FileAttr::Directory) && !IsLink(entry.attributes)) {
-        stack.emplace_back(child, false);
-      } else if (entry.attributes & FileAttr::Directory) {
-        files.RemoveFolder(child);
-      } else if (!RemoveFileAnyway(files, child, entry.attributes) &&
-                 ScheduleFileOnReboot(platform_, child, L"", RebootMode::Delete)) {
-        queued = true;
-      }
+  std::vector<TreeEntry> entries;
+  ListDirectoryTree(files, folder, entries);
+  // Backwards: every folder's contents before the folder.
+  for (auto it = entries.rbegin(); it != entries.rend(); ++it) {
+    const std::wstring path = folder + L"\\" + it->relative;
+    if (it->attributes & FileAttr::Directory) {
+      files.RemoveFolder(path);
+    } else if (!RemoveFileAnyway(files, path, it->attributes) &&
+               ScheduleFileOnReboot(platform_, path, L"", RebootMode::Delete)) {
+      queued = true;
     }
   }
+  files.RemoveFolder(folder);
 }
 
 DeletionOutcome DeletionGuard::Delete(const TMyTreeData& item) {
