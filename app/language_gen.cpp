@@ -7,8 +7,8 @@
 #include <iterator>
 #include <string>
 
-#include "core/text.h"
-#include "core/text_file.h"
+#include "base/text.h"
+#include "base/text_file.h"
 #include "ui/language_catalog.h"
 
 namespace {

@@ -55,7 +55,7 @@ int WINAPI wWinMain(HINSTANCE, HINSTANCE, PWSTR, int) {
   int code = 0;
   try {
     varnel::win32::Win32Platform machine;
-    varnel::forms::TApplication app(machine.Get(), Arguments());
+    varnel::forms::Application app(machine.Get(), Arguments());
     // Created once, in this order, and kept until the end; the main window
     // owns the others.
     varnel::forms::TUninstallForm_Main main(app);

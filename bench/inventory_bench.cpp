@@ -15,7 +15,7 @@
 #include <vector>
 
 #include "core/directory_tree.h"
-#include "core/text.h"
+#include "base/text.h"
 #include "inventory/software_info.h"
 #include "inventory/uninstall_keys.h"
 #include "platform/win32/unique_handle.h"
@@ -192,7 +192,7 @@ int wmain(int argc, wchar_t** argv) {
   for (int r = 0; r < rounds; ++r) {
     raw = std::min(raw, Fastest(1, [&] { rawRecords = RawWalk(); }));
     inventory = std::min(inventory, Fastest(1, [&] {
-                           varnel::TSoftList list;
+                           varnel::SoftList list;
                            varnel::CollectInstalledSoftware(varnel::TAppFrame(platform), list);
                            listed = list.size();
                          }));
@@ -204,7 +204,7 @@ int wmain(int argc, wchar_t** argv) {
   std::wstring cache = platform.system.TempDirectory() + L"VarnelBenchCache.ini";
   platform.files.RemoveFile(cache);
   auto pass = [&] {
-    varnel::TGuiDispatcher dispatcher;
+    varnel::GuiDispatcher dispatcher;
     varnel::TSoftwareInfo::Options options;
     options.cacheFile = cache;
     varnel::TSoftwareInfo info(platform, dispatcher, std::move(options));

@@ -17,7 +17,7 @@
 #include <vector>
 
 #include "core/directory_tree.h"
-#include "core/text.h"
+#include "base/text.h"
 #include "leftovers/scan_driver.h"
 #include "platform/win32/unique_handle.h"
 #include "platform/win32/win32_platform.h"
@@ -175,7 +175,7 @@ int wmain(int argc, wchar_t** argv) {
   }
   std::printf("setup: %d class keys in %.0f ms\n", clsids, Ms(Clock::now() - setupStart));
 
-  varnel::TSoftList list;
+  varnel::SoftList list;
   auto record = std::make_unique<varnel::TSoftInfo>();
   record->Name = L"Bench Target";
   record->Publisher = L"Bench";
@@ -192,12 +192,12 @@ int wmain(int argc, wchar_t** argv) {
     rawKeys = RawWalk();
     raw = std::min(raw, Ms(Clock::now() - start));
     start = Clock::now();
-    varnel::TScanDriver driver(platform);
+    varnel::ScanDriver driver(platform);
     found = driver.Collect(list, 0, L"", nullptr).Count();
     scan = std::min(scan, Ms(Clock::now() - start));
   }
   if (show) {
-    varnel::TScanDriver driver(platform);
+    varnel::ScanDriver driver(platform);
     auto findings = driver.Collect(list, 0, L"", nullptr);
     for (const auto& item : findings.Registry)
       std::printf("%ls | %ls\n", item.KeyPath.c_str(), item.ValueName.c_str());

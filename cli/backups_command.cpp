@@ -1,7 +1,7 @@
 #include "cli/backups_command.h"
 
 #include "cli/json_output.h"
-#include "core/text.h"
+#include "base/text.h"
 #include "uninstall/backup.h"
 
 namespace varnel::cli {

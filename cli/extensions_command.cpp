@@ -3,7 +3,7 @@
 #include <nlohmann/json.hpp>
 
 #include "cli/json_output.h"
-#include "core/text.h"
+#include "base/text.h"
 #include "inventory/browser_extensions.h"
 
 namespace varnel::cli {

@@ -5,7 +5,7 @@
 #include "cli/json_output.h"
 #include "cli/leftover_cleanup.h"
 #include "cli/list_command.h"
-#include "core/text.h"
+#include "base/text.h"
 #include "leftovers/other_programs.h"
 #include "uninstall/force_match.h"
 #include "uninstall/uninstall_sequence.h"
@@ -21,17 +21,17 @@ struct ForcedFile {
   std::wstring skipped;  // why it stays
 };
 
-ForcedFile DeleteForcedFile(const Platform& platform, const TSoftList& list,
+ForcedFile DeleteForcedFile(const Platform& platform, const SoftList& list,
                             const std::wstring& file, const ForceOptions& options,
                             LeftoverCleanup& cleanup, const Progress& progress,
                             std::wstring& logFile) {
   ConsoleUninstallView view(progress);
-  TUninstallSequence::Options sequenceOptions;
+  UninstallSequence::Options sequenceOptions;
   sequenceOptions.restorePoint = false;
   sequenceOptions.saveModeChoice = false;
   sequenceOptions.noBackup = options.noBackup;
   sequenceOptions.backup = cleanup.RunBackup();
-  TUninstallSequence sequence(platform, view, TUninstallTexts{}, std::move(sequenceOptions));
+  UninstallSequence sequence(platform, view, UninstallTexts{}, std::move(sequenceOptions));
   const std::vector<std::wstring> jobs{file};
   sequence.SetSoftware(&list);
   sequence.SetJobs(&jobs, JobMode::Forced);
@@ -54,8 +54,8 @@ int RunForce(const Platform& platform, const ForceOptions& options, std::string&
              std::string& err, const Progress& progress) {
   int code = ExitCode::Failed;
   const Progress shown = options.json ? Progress() : progress;
-  WithInventory(platform, err, [&](const TSoftList& list) {
-    TForceMatch match(platform);
+  WithInventory(platform, err, [&](const SoftList& list) {
+    ForceMatch match(platform);
     match.SetSoftware(&list);
     if (!match.ChooseFile(options.file)) {
       err += "varnel-cli: \"" + Utf8(options.file) +
@@ -67,7 +67,7 @@ int RunForce(const Platform& platform, const ForceOptions& options, std::string&
 
     if (match.ListShown()) {
       std::vector<int> indexes;
-      for (const TForceRow& row : match.Rows()) indexes.push_back(row.index);
+      for (const ForceRow& row : match.Rows()) indexes.push_back(row.index);
       UninstallOptions uninstall;
       uninstall.quiet = options.quiet;
       uninstall.advanced = true;

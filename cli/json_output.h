@@ -3,7 +3,7 @@
 #include <nlohmann/json.hpp>
 #include <string>
 
-#include "core/text.h"
+#include "base/text.h"
 
 namespace varnel::cli {
 

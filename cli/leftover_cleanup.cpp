@@ -6,7 +6,7 @@
 #include "cli/json_output.h"
 #include "cli/scan_command.h"
 #include "core/protected_places.h"
-#include "core/text.h"
+#include "base/text.h"
 #include "uninstall/leftover_deletion.h"
 
 namespace varnel::cli {
@@ -45,7 +45,7 @@ Backup* LeftoverCleanup::RunBackup() {
   return runBackup_.get();
 }
 
-void LeftoverCleanup::Scan(const TSoftList& list, int index, const std::wstring& filePath) {
+void LeftoverCleanup::Scan(const SoftList& list, int index, const std::wstring& filePath) {
   ScanFindings found = driver_.Collect(list, index, filePath, nullptr);
   if (remove_) driver_.AddBranch(found, nullptr, tree_, nullptr);
   found_.push_back(std::move(found));

@@ -30,7 +30,7 @@ class LeftoverCleanup {
   void ScanTogether(std::vector<int> indexes) { driver_.SetScannedTogether(std::move(indexes)); }
   // Scans list[index] (or, with `filePath`, the disk around that file): the
   // findings are printed, and deleted by Finish.
-  void Scan(const TSoftList& list, int index, const std::wstring& filePath = {});
+  void Scan(const SoftList& list, int index, const std::wstring& filePath = {});
   // Deletes what was added (when asked), leaving `otherProgramFolders`
   // (install folders of the programs that stay) and the protected places alone.
   void Finish(const std::vector<std::wstring>& otherProgramFolders,
@@ -48,7 +48,7 @@ class LeftoverCleanup {
   bool backup_;
   bool begun_ = false;
   std::unique_ptr<Backup> runBackup_;
-  TScanDriver driver_;
+  ScanDriver driver_;
   CheckTree tree_;
   std::vector<ScanFindings> found_;
   std::vector<DeletionOutcome> outcomes_;

@@ -11,7 +11,7 @@
 #include "cli/scan_command.h"
 #include "cli/uninstall_command.h"
 #include "core/data_folder.h"
-#include "core/text.h"
+#include "base/text.h"
 #include "inventory/software_info.h"
 
 namespace varnel::cli {
@@ -25,7 +25,7 @@ std::size_t Width(const std::string& utf8) {
 
 }  // namespace
 
-std::string FormatListText(const TSoftList& list, bool all) {
+std::string FormatListText(const SoftList& list, bool all) {
   struct Row {
     std::string cells[5];
   };
@@ -52,7 +52,7 @@ std::string FormatListText(const TSoftList& list, bool all) {
   return out;
 }
 
-std::string FormatListJson(const TSoftList& list, bool all) {
+std::string FormatListJson(const SoftList& list, bool all) {
   nlohmann::ordered_json array = nlohmann::ordered_json::array();
   for (std::size_t i = 0; i < list.size(); ++i) {
     const TSoftInfo& info = *list[i];
@@ -81,13 +81,13 @@ std::string FormatListJson(const TSoftList& list, bool all) {
 }
 
 void WithInventory(const Platform& platform, std::string& err,
-                   const std::function<void(const TSoftList&)>& use) {
+                   const std::function<void(const SoftList&)>& use) {
   TAppFrame frame(platform);
   std::wstring cacheFile = SoftwareCacheFileName(frame, true);
   if (cacheFile.empty()) {
     err += "varnel-cli: no application-data folder; the software cache is not kept\n";
   }
-  TGuiDispatcher dispatcher;
+  GuiDispatcher dispatcher;
   TSoftwareInfo::Options inventoryOptions;
   inventoryOptions.cacheFile = cacheFile;
   TSoftwareInfo inventory(platform, dispatcher, std::move(inventoryOptions));
@@ -97,7 +97,7 @@ void WithInventory(const Platform& platform, std::string& err,
 
 int RunList(const Platform& platform, const ListOptions& options, std::string& out,
             std::string& err) {
-  WithInventory(platform, err, [&](const TSoftList& items) {
+  WithInventory(platform, err, [&](const SoftList& items) {
     out += options.json ? FormatListJson(items, options.all) : FormatListText(items, options.all);
   });
   return ExitCode::Ok;

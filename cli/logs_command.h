@@ -9,8 +9,8 @@
 
 namespace varnel::cli {
 
-std::string FormatLogsText(const Platform& platform, const std::vector<TLogFile>& logs);
-std::string FormatLogsJson(const Platform& platform, const std::vector<TLogFile>& logs);
+std::string FormatLogsText(const Platform& platform, const std::vector<SavedLog>& logs);
+std::string FormatLogsJson(const Platform& platform, const std::vector<SavedLog>& logs);
 
 // Lists the uninstall logs, or prints the one named by --show as text.
 int RunLogs(const Platform& platform, const LogsOptions& options, std::string& out,

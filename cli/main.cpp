@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "cli/list_command.h"
-#include "core/text.h"
+#include "base/text.h"
 #include "platform/win32/win32_platform.h"
 
 namespace {

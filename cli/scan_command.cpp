@@ -5,7 +5,7 @@
 #include "cli/json_output.h"
 #include "cli/list_command.h"
 #include "core/registry_location.h"
-#include "core/text.h"
+#include "base/text.h"
 
 namespace varnel::cli {
 
@@ -49,13 +49,13 @@ bool AllDigits(const std::wstring& s) {
 
 }  // namespace
 
-int FindProgram(const TSoftList& list, const std::wstring& target) {
+int FindProgram(const SoftList& list, const std::wstring& target) {
   std::vector<int> positions(list.size());
   for (std::size_t i = 0; i < list.size(); ++i) positions[i] = static_cast<int>(i);
   return FindProgram(list, positions, target);
 }
 
-int FindProgram(const TSoftList& list, const std::vector<int>& indexes,
+int FindProgram(const SoftList& list, const std::vector<int>& indexes,
                 const std::wstring& target) {
   for (std::size_t i = 0; i < list.size(); ++i)
     if (!list[i]->Hidden && text::SameText(list[i]->Name, target)) return static_cast<int>(i);
@@ -67,7 +67,7 @@ int FindProgram(const TSoftList& list, const std::vector<int>& indexes,
   return -1;
 }
 
-bool ReadRecords(const std::string& json, TSoftList& records, std::vector<int>& indexes) {
+bool ReadRecords(const std::string& json, SoftList& records, std::vector<int>& indexes) {
   auto parsed = nlohmann::json::parse(json, nullptr, false);
   if (parsed.is_discarded()) return false;
   if (!parsed.is_object() && !parsed.is_array()) return false;
@@ -128,7 +128,7 @@ std::string FormatScanJson(const ScanFindings& found) { return DumpJson(ScanJson
 
 int RunScan(const Platform& platform, const ScanOptions& options, std::string& out,
             std::string& err) {
-  auto scanOne = [&](const TSoftList& list, const std::vector<int>* saved) {
+  auto scanOne = [&](const SoftList& list, const std::vector<int>* saved) {
     int index = options.target.empty() && list.size() == 1 ? 0
                 : saved ? FindProgram(list, *saved, options.target)
                         : FindProgram(list, options.target);
@@ -136,14 +136,14 @@ int RunScan(const Platform& platform, const ScanOptions& options, std::string& o
       err += "varnel-cli: no program \"" + Utf8(options.target) + "\"\n";
       return ExitCode::Failed;
     }
-    TScanDriver driver(platform);
+    ScanDriver driver(platform);
     auto found = driver.Collect(list, index, L"", nullptr);
     out += options.json ? FormatScanJson(found) : FormatScanText(found);
     return ExitCode::Ok;
   };
   if (!options.recordFile.empty()) {
     std::vector<std::uint8_t> bytes;
-    TSoftList records;
+    SoftList records;
     std::vector<int> indexes;
     if (!platform.files.ReadWholeFile(options.recordFile, bytes) ||
         !ReadRecords(std::string(bytes.begin(), bytes.end()), records, indexes)) {
@@ -153,7 +153,7 @@ int RunScan(const Platform& platform, const ScanOptions& options, std::string& o
     return scanOne(records, &indexes);
   }
   int code = ExitCode::Failed;
-  WithInventory(platform, err, [&](const TSoftList& items) { code = scanOne(items, nullptr); });
+  WithInventory(platform, err, [&](const SoftList& items) { code = scanOne(items, nullptr); });
   return code;
 }
 

@@ -13,16 +13,16 @@ namespace varnel::cli {
 
 // The record `scan` means: the first visible one with that name (ignoring
 // case), else the one at that index; -1 when none.
-int FindProgram(const TSoftList& list, const std::wstring& target);
+int FindProgram(const SoftList& list, const std::wstring& target);
 // The same over saved records, where an index means the record saved with
 // that "index" (`indexes` parallel to `list`), not a position.
-int FindProgram(const TSoftList& list, const std::vector<int>& indexes,
+int FindProgram(const SoftList& list, const std::vector<int>& indexes,
                 const std::wstring& target);
 
 // Records from `list --json` output (an array or one object), with the index
 // each was saved with (its position when it has none); false when the text
 // is not that.
-bool ReadRecords(const std::string& json, TSoftList& records, std::vector<int>& indexes);
+bool ReadRecords(const std::string& json, SoftList& records, std::vector<int>& indexes);
 
 std::string FormatScanText(const ScanFindings& found);
 // The object `scan --json` prints.

@@ -8,7 +8,7 @@
 #include "cli/list_command.h"
 #include "cli/scan_command.h"
 #include "core/registry_location.h"
-#include "core/text.h"
+#include "base/text.h"
 #include "leftovers/other_programs.h"
 #include "uninstall/quiet_command.h"
 #include "uninstall/uninstall_sequence.h"
@@ -56,7 +56,7 @@ void ConsoleUninstallView::Show(std::wstring_view text) {
   progress_(Utf8(shown) + "\n");
 }
 
-UninstallReport UninstallPrograms(const Platform& platform, const TSoftList& list,
+UninstallReport UninstallPrograms(const Platform& platform, const SoftList& list,
                                   const std::vector<int>& indexes, const UninstallOptions& options,
                                   const Progress& progress) {
   UninstallReport report;
@@ -82,7 +82,7 @@ UninstallReport UninstallPrograms(const Platform& platform, const TSoftList& lis
 
   if (!jobs.empty()) {
     ConsoleUninstallView view(progress);
-    TUninstallSequence::Options sequenceOptions;
+    UninstallSequence::Options sequenceOptions;
     sequenceOptions.restorePoint = options.restorePoint;
     sequenceOptions.saveModeChoice = false;
     if (options.quiet) {
@@ -91,13 +91,13 @@ UninstallReport UninstallPrograms(const Platform& platform, const TSoftList& lis
         return it == quietCommands.end() ? std::wstring() : it->second;
       };
     }
-    TUninstallSequence sequence(platform, view, TUninstallTexts{}, std::move(sequenceOptions));
+    UninstallSequence sequence(platform, view, UninstallTexts{}, std::move(sequenceOptions));
     sequence.SetSoftware(&list);
     sequence.SetJobs(&jobs, JobMode::Uninstall);
     sequence.Prepare();
     view.Start();
     sequence.Run();
-    for (const TUninstallRun& run : sequence.Runs()) {
+    for (const UninstallRun& run : sequence.Runs()) {
       for (UninstallOutcome& outcome : report.programs) {
         if (outcome.index != run.index) continue;
         outcome.command = run.command;
@@ -188,7 +188,7 @@ nlohmann::ordered_json UninstallJson(const UninstallReport& report,
   return result;
 }
 
-void CleanLeftovers(const TSoftList& list, const UninstallReport& report,
+void CleanLeftovers(const SoftList& list, const UninstallReport& report,
                     LeftoverCleanup& cleanup, const Progress& progress) {
   std::vector<int> cleaned;
   for (const UninstallOutcome& o : report.programs) {
@@ -204,7 +204,7 @@ void CleanLeftovers(const TSoftList& list, const UninstallReport& report,
 int RunUninstall(const Platform& platform, const UninstallOptions& options, std::string& out,
                  std::string& err, const Progress& progress) {
   int code = ExitCode::Failed;
-  WithInventory(platform, err, [&](const TSoftList& list) {
+  WithInventory(platform, err, [&](const SoftList& list) {
     std::vector<int> indexes;
     for (const std::wstring& target : options.targets) {
       const int index = FindProgram(list, target);

@@ -83,13 +83,13 @@ int UninstallExitCode(const UninstallReport& report);
 
 // Runs the uninstallers of the records at `indexes`, in order, through the
 // uninstall sequence.
-UninstallReport UninstallPrograms(const Platform& platform, const TSoftList& list,
+UninstallReport UninstallPrograms(const Platform& platform, const SoftList& list,
                                   const std::vector<int>& indexes, const UninstallOptions& options,
                                   const Progress& progress);
 
 // Scans (and with `remove` deletes) the leftovers of every program the
 // report ran, or tried to run: a skipped program was never touched.
-void CleanLeftovers(const TSoftList& list, const UninstallReport& report,
+void CleanLeftovers(const SoftList& list, const UninstallReport& report,
                     LeftoverCleanup& cleanup, const Progress& progress);
 
 int RunUninstall(const Platform& platform, const UninstallOptions& options, std::string& out,

@@ -2,7 +2,7 @@
 #include <vector>
 
 #include "core/protected_places.h"
-#include "core/text.h"
+#include "base/text.h"
 
 // The registry keys Windows owns. Each list names keys by their path in one
 // "place" (the shared classes, the SOFTWARE branch of a machine or a user,

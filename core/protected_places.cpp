@@ -1,7 +1,7 @@
 #include "core/protected_places.h"
 
 #include "core/path_resolution.h"
-#include "core/text.h"
+#include "base/text.h"
 #include "platform/csidl.h"
 
 namespace varnel {

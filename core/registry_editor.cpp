@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "core/text.h"
+#include "base/text.h"
 #include "core/wow64.h"
 
 namespace varnel {

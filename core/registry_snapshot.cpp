@@ -6,7 +6,7 @@
 #include <optional>
 #include <thread>
 
-#include "core/text.h"
+#include "base/text.h"
 
 namespace varnel {
 
@@ -54,7 +54,7 @@ void ForEachParallel(std::size_t count, int threads, Body body) {
 
 class SnapshotKey final : public IRegistryKey {
  public:
-  explicit SnapshotKey(const TRegistrySnapshot::Node& node) : node_(node) {}
+  explicit SnapshotKey(const RegistrySnapshot::Node& node) : node_(node) {}
 
   std::vector<std::wstring> SubKeyNames() const override { return node_.subKeys; }
   std::vector<std::wstring> ValueNames() const override {
@@ -77,14 +77,14 @@ class SnapshotKey final : public IRegistryKey {
   std::uint64_t LastWriteTime() const override { return 0; }
 
  private:
-  const TRegistrySnapshot::Node& node_;
+  const RegistrySnapshot::Node& node_;
 };
 
 }  // namespace
 
-TRegistrySnapshot::TRegistrySnapshot(IRegistry& live) : live_(live) {}
+RegistrySnapshot::RegistrySnapshot(IRegistry& live) : live_(live) {}
 
-void TRegistrySnapshot::Capture(const std::vector<Tree>& trees) {
+void RegistrySnapshot::Capture(const std::vector<Tree>& trees) {
   struct Pending {
     RegRoot root;
     bool use64;
@@ -117,7 +117,7 @@ void TRegistrySnapshot::Capture(const std::vector<Tree>& trees) {
   }
 }
 
-const TRegistrySnapshot::Node* TRegistrySnapshot::Find(RegRoot root, std::wstring_view path,
+const RegistrySnapshot::Node* RegistrySnapshot::Find(RegRoot root, std::wstring_view path,
                                                        bool use64, bool& copied) const {
   std::wstring id = NodeId(root, path, use64);
   copied = std::any_of(trees_.begin(), trees_.end(),
@@ -127,7 +127,7 @@ const TRegistrySnapshot::Node* TRegistrySnapshot::Find(RegRoot root, std::wstrin
   return found == nodes_.end() ? nullptr : &found->second;
 }
 
-std::unique_ptr<IRegistryKey> TRegistrySnapshot::OpenKey(RegRoot root, std::wstring_view path,
+std::unique_ptr<IRegistryKey> RegistrySnapshot::OpenKey(RegRoot root, std::wstring_view path,
                                                          RegAccess access, bool use64) {
   bool copied = false;
   const Node* node = access == RegAccess::Read ? Find(root, path, use64, copied) : nullptr;
@@ -135,18 +135,18 @@ std::unique_ptr<IRegistryKey> TRegistrySnapshot::OpenKey(RegRoot root, std::wstr
   return node ? std::make_unique<SnapshotKey>(*node) : nullptr;
 }
 
-std::unique_ptr<IRegistryKey> TRegistrySnapshot::CreateKey(RegRoot root, std::wstring_view path,
+std::unique_ptr<IRegistryKey> RegistrySnapshot::CreateKey(RegRoot root, std::wstring_view path,
                                                            bool use64) {
   return live_.CreateKey(root, path, use64);
 }
 
-bool TRegistrySnapshot::KeyExists(RegRoot root, std::wstring_view path, bool use64) {
+bool RegistrySnapshot::KeyExists(RegRoot root, std::wstring_view path, bool use64) {
   bool copied = false;
   const Node* node = Find(root, path, use64, copied);
   return copied ? node != nullptr : live_.KeyExists(root, path, use64);
 }
 
-bool TRegistrySnapshot::DeleteKey(RegRoot root, std::wstring_view path, bool use64) {
+bool RegistrySnapshot::DeleteKey(RegRoot root, std::wstring_view path, bool use64) {
   return live_.DeleteKey(root, path, use64);
 }
 

@@ -18,7 +18,7 @@ namespace varnel {
 //
 // Writes and deletions go to the live registry and are not seen in the copy,
 // so keep a snapshot only as long as one walk over what it copied.
-class TRegistrySnapshot final : public IRegistry {
+class RegistrySnapshot final : public IRegistry {
  public:
   struct Tree {
     RegRoot root;
@@ -26,7 +26,7 @@ class TRegistrySnapshot final : public IRegistry {
     bool use64;
   };
 
-  explicit TRegistrySnapshot(IRegistry& live);
+  explicit RegistrySnapshot(IRegistry& live);
 
   // Copies each tree's key and every key below it. A key that does not open
   // is missing from the copy as it is from the live registry; trees already

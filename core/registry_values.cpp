@@ -1,7 +1,7 @@
 #include "core/registry_values.h"
 
 #include "core/registry_location.h"
-#include "core/text.h"
+#include "base/text.h"
 
 namespace varnel {
 

@@ -4,7 +4,7 @@
 #include <string>
 
 #include "core/app_frame.h"
-#include "core/text.h"
+#include "base/text.h"
 #include "core/wow64.h"
 
 namespace varnel {

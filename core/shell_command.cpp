@@ -3,7 +3,7 @@
 #include <string>
 
 #include "core/app_frame.h"
-#include "core/text.h"
+#include "base/text.h"
 
 namespace varnel {
 

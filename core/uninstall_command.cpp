@@ -4,7 +4,7 @@
 #include <array>
 
 #include "core/safe_folder.h"
-#include "core/text.h"
+#include "base/text.h"
 
 namespace varnel {
 

@@ -4,7 +4,7 @@
 #include <string_view>
 
 #include "core/app_frame.h"
-#include "core/date_time.h"
+#include "base/date_time.h"
 
 namespace varnel {
 

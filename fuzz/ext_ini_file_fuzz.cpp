@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "platform/memory/memory_platform.h"
-#include "ui/ext_ini_file.h"
+#include "base/ext_ini_file.h"
 
 namespace {
 

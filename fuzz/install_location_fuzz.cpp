@@ -7,7 +7,7 @@
 
 #include "core/path_resolution.h"
 #include "core/protected_places.h"
-#include "core/text.h"
+#include "base/text.h"
 #include "platform/memory/memory_platform.h"
 
 namespace {

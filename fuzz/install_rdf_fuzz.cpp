@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <span>
 
-#include "core/text.h"
+#include "base/text.h"
 #include "inventory/install_rdf.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {

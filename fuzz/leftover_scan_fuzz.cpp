@@ -88,7 +88,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     m.registry.SetRaw(root, path, name, value, (op & 0x10) != 0);
     if (op & 0x08) m.files.AddFolder(folder + L"\\" + std::to_wstring(op) + in.Text());
   }
-  varnel::TSoftList list;
+  varnel::SoftList list;
   list.push_back(std::make_unique<varnel::TSoftInfo>());
   list[0]->Name = L"Fz";
   list[0]->Publisher = L"Fz Vendor";
@@ -96,7 +96,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   list[0]->KeyPath = L"\\SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\"
                      L"{00000000-0000-4000-8000-000000000009}";
   list[0]->Is64BitView = size % 2 == 0;
-  varnel::TScanDriver driver(m.Get());
+  varnel::ScanDriver driver(m.Get());
   driver.Collect(list, 0, L"", nullptr);
   return 0;
 }

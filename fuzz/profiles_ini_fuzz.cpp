@@ -4,7 +4,7 @@
 #include <set>
 #include <string_view>
 
-#include "core/text.h"
+#include "base/text.h"
 #include "inventory/firefox_profiles.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {

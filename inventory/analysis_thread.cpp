@@ -7,7 +7,7 @@
 #include <utility>
 
 #include "core/app_frame.h"
-#include "core/date_time.h"
+#include "base/date_time.h"
 #include "core/file_size.h"
 #include "core/uninstall_command.h"
 #include "inventory/folder_size.h"
@@ -15,7 +15,7 @@
 #include "inventory/program_icon.h"
 #include "inventory/record_commands.h"
 #include "inventory/software_cache.h"
-#include "ui/ext_ini_file.h"
+#include "base/ext_ini_file.h"
 
 namespace varnel {
 
@@ -43,17 +43,17 @@ bool IsComplete(const TSoftInfo& info) {
 }  // namespace
 
 struct TAnalysisThread::Worker {
-  Worker(TAnalysisThread& owner, const Platform& platform, TGuiDispatcher& dispatcher,
+  Worker(TAnalysisThread& owner, const Platform& platform, GuiDispatcher& dispatcher,
          std::wstring cacheFile)
       : owner(owner), platform(platform), dispatcher(dispatcher), cacheFile(std::move(cacheFile)) {}
 
   TAnalysisThread& owner;
   const Platform platform;
-  TGuiDispatcher& dispatcher;
+  GuiDispatcher& dispatcher;
   const std::wstring cacheFile;
   // Set before Start; the records and the view are touched on the GUI thread only.
   IInventoryView* view = nullptr;
-  TSoftList* list = nullptr;
+  SoftList* list = nullptr;
 
   std::thread thread;
   std::atomic<bool> terminated{false};
@@ -197,7 +197,7 @@ struct TAnalysisThread::Worker {
   }
 };
 
-TAnalysisThread::TAnalysisThread(const Platform& platform, TGuiDispatcher& dispatcher,
+TAnalysisThread::TAnalysisThread(const Platform& platform, GuiDispatcher& dispatcher,
                                  std::wstring cacheFile)
     : worker_(std::make_unique<Worker>(*this, platform, dispatcher, std::move(cacheFile))) {}
 
@@ -212,7 +212,7 @@ TAnalysisThread::~TAnalysisThread() {
   w.thread.join();
 }
 
-void TAnalysisThread::SetJobs(IInventoryView* view, TSoftList* list) {
+void TAnalysisThread::SetJobs(IInventoryView* view, SoftList* list) {
   worker_->view = view;
   worker_->list = list;
   finished_ = true;

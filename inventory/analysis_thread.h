@@ -16,7 +16,7 @@ namespace varnel {
 // Every change to a record happens on the GUI thread, through the dispatcher.
 class TAnalysisThread {
  public:
-  TAnalysisThread(const Platform& platform, TGuiDispatcher& dispatcher, std::wstring cacheFile);
+  TAnalysisThread(const Platform& platform, GuiDispatcher& dispatcher, std::wstring cacheFile);
   // Stops a pass in progress and waits for the thread, serving its
   // hand-overs meanwhile; the cache of the records already done is saved.
   ~TAnalysisThread();
@@ -25,7 +25,7 @@ class TAnalysisThread {
 
   // Before Start. `view` may be null: no icons are extracted then, and no
   // rows repainted. Sets "finished" and clears "stop".
-  void SetJobs(IInventoryView* view, TSoftList* list);
+  void SetJobs(IInventoryView* view, SoftList* list);
   // Starts the thread, idle until RunPass.
   void Start();
   // Clears "finished": the thread runs one pass over the list.

@@ -4,7 +4,7 @@
 #include <unordered_set>
 
 #include "core/app_frame.h"
-#include "core/text.h"
+#include "base/text.h"
 #include "core/wow64.h"
 #include "inventory/chromium_manifest.h"
 #include "inventory/chromium_profiles.h"

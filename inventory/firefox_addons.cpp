@@ -3,7 +3,7 @@
 #include <nlohmann/json.hpp>
 #include <unordered_set>
 
-#include "core/text.h"
+#include "base/text.h"
 #include "inventory/install_rdf.h"
 #include "inventory/json_fields.h"
 

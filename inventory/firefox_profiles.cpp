@@ -3,10 +3,10 @@
 #include <unordered_set>
 
 #include "core/app_frame.h"
-#include "core/text.h"
+#include "base/text.h"
 #include "core/wow64.h"
 #include "inventory/uninstall_keys.h"
-#include "ui/ext_ini_file.h"
+#include "base/ext_ini_file.h"
 
 namespace varnel {
 namespace {

@@ -3,7 +3,7 @@
 #include <vector>
 
 #include "core/safe_folder.h"
-#include "core/text.h"
+#include "base/text.h"
 
 namespace varnel {
 

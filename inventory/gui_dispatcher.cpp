@@ -22,7 +22,7 @@ struct HandOver {
 
 }  // namespace
 
-struct TGuiDispatcher::State {
+struct GuiDispatcher::State {
   std::mutex mutex;
   std::condition_variable served;   // workers wait here
   std::condition_variable arrived;  // the GUI thread waits here
@@ -32,15 +32,15 @@ struct TGuiDispatcher::State {
   std::thread::id guiThread = std::this_thread::get_id();
 };
 
-TGuiDispatcher::TGuiDispatcher() : state_(new State) {}
+GuiDispatcher::GuiDispatcher() : state_(new State) {}
 
 // Every worker must have left Invoke by now: a released one still takes the lock.
-TGuiDispatcher::~TGuiDispatcher() {
+GuiDispatcher::~GuiDispatcher() {
   Close();
   delete state_;
 }
 
-bool TGuiDispatcher::Invoke(const std::function<void()>& work) {
+bool GuiDispatcher::Invoke(const std::function<void()>& work) {
   State& s = *state_;
   if (std::this_thread::get_id() == s.guiThread) {
     {
@@ -70,7 +70,7 @@ bool TGuiDispatcher::Invoke(const std::function<void()>& work) {
   return item.ran;
 }
 
-int TGuiDispatcher::Drain() {
+int GuiDispatcher::Drain() {
   State& s = *state_;
   std::deque<HandOver*> batch;
   {
@@ -98,7 +98,7 @@ int TGuiDispatcher::Drain() {
   return count;
 }
 
-int TGuiDispatcher::WaitAndDrain(std::chrono::milliseconds timeout) {
+int GuiDispatcher::WaitAndDrain(std::chrono::milliseconds timeout) {
   State& s = *state_;
   {
     std::unique_lock lock(s.mutex);
@@ -107,12 +107,12 @@ int TGuiDispatcher::WaitAndDrain(std::chrono::milliseconds timeout) {
   return Drain();
 }
 
-void TGuiDispatcher::SetWakeUp(std::function<void()> wakeUp) {
+void GuiDispatcher::SetWakeUp(std::function<void()> wakeUp) {
   std::lock_guard lock(state_->mutex);
   state_->wakeUp = std::move(wakeUp);
 }
 
-void TGuiDispatcher::Close() {
+void GuiDispatcher::Close() {
   State& s = *state_;
   {
     std::lock_guard lock(s.mutex);

@@ -9,12 +9,12 @@ namespace varnel {
 // The GUI thread serves hand-overs by calling Drain, from its message loop
 // and from every wait of its own, so a worker can never wait on a GUI thread
 // that waits on the worker.
-class TGuiDispatcher {
+class GuiDispatcher {
  public:
-  TGuiDispatcher();
-  ~TGuiDispatcher();
-  TGuiDispatcher(const TGuiDispatcher&) = delete;
-  TGuiDispatcher& operator=(const TGuiDispatcher&) = delete;
+  GuiDispatcher();
+  ~GuiDispatcher();
+  GuiDispatcher(const GuiDispatcher&) = delete;
+  GuiDispatcher& operator=(const GuiDispatcher&) = delete;
 
   // Worker: runs `work` on the GUI thread and returns when it has run; false,
   // without running it, once the dispatcher is closed. Called on the GUI

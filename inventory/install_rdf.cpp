@@ -8,7 +8,7 @@
 #include <memory>
 #include <vector>
 
-#include "core/text.h"
+#include "base/text.h"
 
 namespace varnel {
 namespace {

@@ -3,7 +3,7 @@
 #include <nlohmann/json.hpp>
 #include <string>
 
-#include "core/text.h"
+#include "base/text.h"
 
 // Typed reads of a parsed JSON object that never throw: a missing member or
 // one of another type gives the fallback.

@@ -2,7 +2,7 @@
 
 #include <string_view>
 
-#include "core/date_time.h"
+#include "base/date_time.h"
 #include "platform/platform.h"
 
 namespace varnel {

@@ -3,7 +3,7 @@
 #include <limits>
 
 #include "core/registry_values.h"
-#include "core/text.h"
+#include "base/text.h"
 #include "core/uninstall_command.h"
 #include "core/wow64.h"
 

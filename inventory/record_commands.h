@@ -3,7 +3,7 @@
 #include <string>
 
 #include "core/app_frame.h"
-#include "core/date_time.h"
+#include "base/date_time.h"
 #include "inventory/soft_info.h"
 
 namespace varnel {

@@ -1,6 +1,6 @@
 #include "inventory/soft_info.h"
 
-#include "core/text.h"
+#include "base/text.h"
 
 namespace varnel {
 

@@ -9,6 +9,6 @@ namespace varnel {
 
 // The inventory's records in enumeration order; a record's index here is its
 // identity everywhere else.
-using TSoftList = std::vector<std::unique_ptr<TSoftInfo>>;
+using SoftList = std::vector<std::unique_ptr<TSoftInfo>>;
 
 }  // namespace varnel

@@ -2,10 +2,10 @@
 
 #include <span>
 
-#include "core/date_time.h"
+#include "base/date_time.h"
 #include "core/file_size.h"
-#include "core/text.h"
-#include "ui/ext_ini_file.h"
+#include "base/text.h"
+#include "base/ext_ini_file.h"
 
 namespace varnel {
 
@@ -26,7 +26,7 @@ std::wstring CacheFingerprint(ISystem& system, std::wstring_view installDateText
   return out;
 }
 
-void ApplySoftwareCache(const Platform& platform, TSoftList& list, std::wstring_view cacheFile) {
+void ApplySoftwareCache(const Platform& platform, SoftList& list, std::wstring_view cacheFile) {
   if (!platform.files.FileExists(cacheFile)) return;
   TExtIniFile cache;
   if (!cache.LoadFromFile(platform, cacheFile)) return;

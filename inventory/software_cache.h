@@ -29,6 +29,6 @@ std::wstring CacheFingerprint(ISystem& system, std::wstring_view installDateText
                               std::wstring_view uninstallString);
 // Fills what the cache knows into every visible record whose fingerprint
 // still matches. A missing or unreadable file changes nothing.
-void ApplySoftwareCache(const Platform& platform, TSoftList& list, std::wstring_view cacheFile);
+void ApplySoftwareCache(const Platform& platform, SoftList& list, std::wstring_view cacheFile);
 
 }  // namespace varnel

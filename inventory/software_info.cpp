@@ -11,25 +11,25 @@
 
 namespace varnel {
 
-std::unique_ptr<TRegistrySnapshot> ReadUninstallKeys(const Platform& platform) {
+std::unique_ptr<RegistrySnapshot> ReadUninstallKeys(const Platform& platform) {
   bool wow64 = IsWow64(platform.system);
-  std::vector<TRegistrySnapshot::Tree> trees;
+  std::vector<RegistrySnapshot::Tree> trees;
   for (bool use64 : {false, true}) {
     if (use64 && !wow64) break;
     for (RegRoot root : {RegRoot::LocalMachine, RegRoot::CurrentUser}) {
       trees.push_back({root, std::wstring(kUninstallKeyPath), use64});
     }
   }
-  auto keys = std::make_unique<TRegistrySnapshot>(platform.registry);
+  auto keys = std::make_unique<RegistrySnapshot>(platform.registry);
   keys->Capture(trees);
   return keys;
 }
 
-void CollectInstalledSoftware(const TAppFrame& frame, TSoftList& list,
-                              const ToolbarDiscovery& discoverToolbars, TRegistrySnapshot* keys) {
+void CollectInstalledSoftware(const TAppFrame& frame, SoftList& list,
+                              const ToolbarDiscovery& discoverToolbars, RegistrySnapshot* keys) {
   ISystem& system = frame.Machine().system;
   bool wow64 = IsWow64(system);
-  std::unique_ptr<TRegistrySnapshot> readNow;
+  std::unique_ptr<RegistrySnapshot> readNow;
   if (!keys) {
     readNow = ReadUninstallKeys(frame.Machine());
     keys = readNow.get();
@@ -43,7 +43,7 @@ void CollectInstalledSoftware(const TAppFrame& frame, TSoftList& list,
   FoldToolbars(frame.Machine().files, list, static_cast<std::size_t>(programs));
 }
 
-TSoftwareInfo::TSoftwareInfo(const Platform& platform, TGuiDispatcher& dispatcher,
+TSoftwareInfo::TSoftwareInfo(const Platform& platform, GuiDispatcher& dispatcher,
                              Options options)
     : platform_(platform), options_(std::move(options)) {
   if (!options_.discoverToolbars) options_.discoverToolbars = DefaultToolbarDiscovery(platform_);

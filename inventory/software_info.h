@@ -14,18 +14,18 @@ namespace varnel {
 
 // Appends browser toolbars for one registry view; the inventory folds them
 // into the programs they belong to.
-using ToolbarDiscovery = std::function<void(TSoftList& list, bool use64BitView)>;
+using ToolbarDiscovery = std::function<void(SoftList& list, bool use64BitView)>;
 
 // The Uninstall keys of both roots in every view the inventory walks, read
 // ahead into memory.
-std::unique_ptr<TRegistrySnapshot> ReadUninstallKeys(const Platform& platform);
+std::unique_ptr<RegistrySnapshot> ReadUninstallKeys(const Platform& platform);
 
 // Uninstall entries of the default view and, where one exists, the 64-bit
 // view; then toolbars, folded into their programs. `keys` is a copy from
 // ReadUninstallKeys; without one the keys are read now.
-void CollectInstalledSoftware(const TAppFrame& frame, TSoftList& list,
+void CollectInstalledSoftware(const TAppFrame& frame, SoftList& list,
                               const ToolbarDiscovery& discoverToolbars = {},
-                              TRegistrySnapshot* keys = nullptr);
+                              RegistrySnapshot* keys = nullptr);
 
 // The installed software: built once, completed in the background by the
 // analysis thread, which lives and dies with it.
@@ -38,17 +38,17 @@ class TSoftwareInfo {
     std::wstring cacheFile;
     ToolbarDiscovery discoverToolbars;  // the browsers' own when empty
     // Read ahead while the windows were made; used by the first build only.
-    std::unique_ptr<TRegistrySnapshot> uninstallKeys;
+    std::unique_ptr<RegistrySnapshot> uninstallKeys;
   };
 
-  TSoftwareInfo(const Platform& platform, TGuiDispatcher& dispatcher, Options options);
+  TSoftwareInfo(const Platform& platform, GuiDispatcher& dispatcher, Options options);
   // Stops the analysis and waits for it, serving its hand-overs meanwhile.
   ~TSoftwareInfo();
   TSoftwareInfo(const TSoftwareInfo&) = delete;
   TSoftwareInfo& operator=(const TSoftwareInfo&) = delete;
 
-  TSoftList& Items() { return items_; }
-  const TSoftList& Items() const { return items_; }
+  SoftList& Items() { return items_; }
+  const SoftList& Items() const { return items_; }
   TAnalysisThread& Analysis() { return *analysis_; }
   const std::wstring& CacheFile() const { return options_.cacheFile; }
   const std::wstring& DisplayText1() const { return options_.displayText1; }
@@ -69,7 +69,7 @@ class TSoftwareInfo {
  private:
   Platform platform_;
   Options options_;
-  TSoftList items_;
+  SoftList items_;
   std::unique_ptr<TAnalysisThread> analysis_;
 };
 

@@ -1,7 +1,7 @@
 #include "inventory/software_queries.h"
 
 #include "core/path_resolution.h"
-#include "core/text.h"
+#include "base/text.h"
 
 namespace varnel {
 
@@ -17,7 +17,7 @@ std::wstring FolderKey(const Platform& platform, std::wstring_view folder) {
 
 }  // namespace
 
-std::vector<std::wstring> FindSoftwareByFolder(const Platform& platform, const TSoftList& list,
+std::vector<std::wstring> FindSoftwareByFolder(const Platform& platform, const SoftList& list,
                                                std::wstring_view filePath) {
   std::vector<std::wstring> found;
   const std::wstring fileFolder = FolderKey(platform, text::ExtractFilePath(filePath));
@@ -31,7 +31,7 @@ std::vector<std::wstring> FindSoftwareByFolder(const Platform& platform, const T
   return found;
 }
 
-std::vector<std::wstring> FindSoftwareByName(const TSoftList& list, std::wstring_view text) {
+std::vector<std::wstring> FindSoftwareByName(const SoftList& list, std::wstring_view text) {
   std::vector<std::wstring> found;
   const std::wstring wanted = text::Upper(text);
   for (std::size_t i = 0; i < list.size(); ++i) {
@@ -42,7 +42,7 @@ std::vector<std::wstring> FindSoftwareByName(const TSoftList& list, std::wstring
   return found;
 }
 
-bool GetSoftwareRecord(const TSoftList& list, int index, TSoftInfo& record) {
+bool GetSoftwareRecord(const SoftList& list, int index, TSoftInfo& record) {
   if (index < 0 || index >= static_cast<int>(list.size()) || !list[index]) return false;
   CopySoftInfo(record, *list[index]);
   return true;

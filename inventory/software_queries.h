@@ -13,14 +13,14 @@ namespace varnel {
 // folder that holds `filePath`: install folder and the file's folder, each
 // resolved and with a trailing "\", equal without regard to case. Hidden
 // records (duplicates, folded toolbars) are never shown, so never found.
-std::vector<std::wstring> FindSoftwareByFolder(const Platform& platform, const TSoftList& list,
+std::vector<std::wstring> FindSoftwareByFolder(const Platform& platform, const SoftList& list,
                                                std::wstring_view filePath);
 
 // The indexes of the visible programs whose upper-cased name holds the
 // upper-cased `text`.
-std::vector<std::wstring> FindSoftwareByName(const TSoftList& list, std::wstring_view text);
+std::vector<std::wstring> FindSoftwareByName(const SoftList& list, std::wstring_view text);
 
 // A copy of the record at `index`; false when there is none.
-bool GetSoftwareRecord(const TSoftList& list, int index, TSoftInfo& record);
+bool GetSoftwareRecord(const SoftList& list, int index, TSoftInfo& record);
 
 }  // namespace varnel

@@ -2,7 +2,7 @@
 
 #include "core/registry_values.h"
 #include "core/safe_folder.h"
-#include "core/text.h"
+#include "base/text.h"
 #include "inventory/browser_extensions.h"
 #include "inventory/firefox_addons.h"
 #include "inventory/firefox_profiles.h"
@@ -43,7 +43,7 @@ std::unique_ptr<TSoftInfo> NewToolbar(TDateTime now) {
   return info;
 }
 
-void AppendRegisteredToolbars(const Platform& platform, TSoftList& list, bool use64,
+void AppendRegisteredToolbars(const Platform& platform, SoftList& list, bool use64,
                               TDateTime now) {
   for (RegRoot root : {RegRoot::CurrentUser, RegRoot::LocalMachine}) {
     for (const auto& clsid : ToolbarClassIds(platform.registry, root, use64)) {
@@ -62,7 +62,7 @@ void AppendRegisteredToolbars(const Platform& platform, TSoftList& list, bool us
   }
 }
 
-void HideRepeatedToolbars(TSoftList& list, std::size_t first) {
+void HideRepeatedToolbars(SoftList& list, std::size_t first) {
   for (std::size_t i = first; i < list.size(); ++i) {
     TSoftInfo& a = *list[i];
     if (a.Hidden || !a.IsToolbar) continue;
@@ -107,7 +107,7 @@ std::unique_ptr<TSoftInfo> AddonToolbarRecord(const BrowserExtension& extension,
   return info;
 }
 
-void DiscoverToolbars(const Platform& platform, TSoftList& list, bool use64BitView) {
+void DiscoverToolbars(const Platform& platform, SoftList& list, bool use64BitView) {
   const std::size_t first = list.size();
   const TDateTime now = NowLocal(platform.system);
   AppendRegisteredToolbars(platform, list, use64BitView, now);
@@ -124,7 +124,7 @@ void DiscoverToolbars(const Platform& platform, TSoftList& list, bool use64BitVi
 }
 
 ToolbarDiscovery DefaultToolbarDiscovery(const Platform& platform) {
-  return [platform](TSoftList& list, bool use64BitView) {
+  return [platform](SoftList& list, bool use64BitView) {
     DiscoverToolbars(platform, list, use64BitView);
   };
 }

@@ -13,7 +13,7 @@ namespace varnel {
 // Appends the browser toolbars registered in one registry view, and in the
 // default view's pass the browser add-ons whose names say "toolbar"; then
 // hides a toolbar that a later one repeats (same class id and file).
-void DiscoverToolbars(const Platform& platform, TSoftList& list, bool use64BitView);
+void DiscoverToolbars(const Platform& platform, SoftList& list, bool use64BitView);
 
 // What the inventory runs unless it is handed another discovery.
 ToolbarDiscovery DefaultToolbarDiscovery(const Platform& platform);

@@ -2,7 +2,7 @@
 
 #include <optional>
 
-#include "core/text.h"
+#include "base/text.h"
 
 namespace varnel {
 namespace {
@@ -14,7 +14,7 @@ bool Holds(const std::wstring& haystack, const std::wstring& needle) {
 
 }  // namespace
 
-void FoldToolbars(IFileSystem& files, TSoftList& list, std::size_t firstToolbar) {
+void FoldToolbars(IFileSystem& files, SoftList& list, std::size_t firstToolbar) {
   std::size_t programs = std::min(firstToolbar, list.size());
   // Short forms cost a disk query each; ask once per program.
   std::vector<std::optional<std::wstring>> shortLocations(programs);

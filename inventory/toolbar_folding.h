@@ -10,6 +10,6 @@ namespace varnel {
 // Folds each visible toolbar record at `firstToolbar` or later into the first
 // visible program before it that has its name or folder; the program takes
 // the toolbar's class id and file, the toolbar record is hidden.
-void FoldToolbars(IFileSystem& files, TSoftList& list, std::size_t firstToolbar);
+void FoldToolbars(IFileSystem& files, SoftList& list, std::size_t firstToolbar);
 
 }  // namespace varnel

@@ -6,7 +6,7 @@
 #include "core/file_size.h"
 #include "core/registry_location.h"
 #include "core/registry_values.h"
-#include "core/text.h"
+#include "base/text.h"
 #include "core/uninstall_command.h"
 
 namespace varnel {
@@ -132,7 +132,7 @@ std::unique_ptr<TSoftInfo> ReadEntry(const TAppFrame& frame, const std::wstring&
 
 }  // namespace
 
-void FilterSameName(TSoftList& list) {
+void FilterSameName(SoftList& list) {
   // Only records of equal names ever meet in the pairwise rule, so each
   // record is compared with its namesakes alone, in list order.
   std::unordered_map<std::wstring, std::vector<std::size_t>> namesakes;
@@ -166,7 +166,7 @@ void FilterSameName(TSoftList& list) {
   }
 }
 
-int EnumerateUninstallKeys(const TAppFrame& frame, TSoftList* list, bool use64BitView,
+int EnumerateUninstallKeys(const TAppFrame& frame, SoftList* list, bool use64BitView,
                            IRegistry* keys) {
   if (!list) return -1;
   IRegistry& registry = keys ? *keys : frame.Machine().registry;

@@ -30,7 +30,7 @@ std::wstring FindMsiInFolder(IFileSystem& files, std::wstring_view folder);
 // same-name duplicates over the whole list. Returns the list's count, or -1
 // without a list. `registry` replaces the frame's for the keys (a copy read
 // ahead); the files are always the frame's.
-int EnumerateUninstallKeys(const TAppFrame& frame, TSoftList* list, bool use64BitView,
+int EnumerateUninstallKeys(const TAppFrame& frame, SoftList* list, bool use64BitView,
                            IRegistry* registry = nullptr);
 
 // What every record of one walk shares, asked of the system once: under Wine
@@ -49,6 +49,6 @@ void ParseInstallDate(const EntryContext& context, TSoftInfo& info);
 
 // Hides duplicates by name: a system component yields to its namesake, an
 // ordinary record absorbs the fields its later namesakes have and it lacks.
-void FilterSameName(TSoftList& list);
+void FilterSameName(SoftList& list);
 
 }  // namespace varnel

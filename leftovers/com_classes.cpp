@@ -4,7 +4,7 @@
 #include <memory>
 #include <utility>
 
-#include "core/text.h"
+#include "base/text.h"
 #include "leftovers/class_lookup.h"
 #include "leftovers/scan_steps.h"
 #include "leftovers/value_text.h"

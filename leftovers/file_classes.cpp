@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-#include "core/text.h"
+#include "base/text.h"
 #include "leftovers/class_lookup.h"
 #include "leftovers/scan_steps.h"
 #include "leftovers/value_text.h"

@@ -7,7 +7,7 @@
 #include "core/app_frame.h"
 #include "core/path_resolution.h"
 #include "core/shortcut.h"
-#include "core/text.h"
+#include "base/text.h"
 #include "core/uninstall_command.h"
 #include "leftovers/filter_manage.h"
 #include "leftovers/scan_steps.h"

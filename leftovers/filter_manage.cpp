@@ -1,6 +1,6 @@
 #include "leftovers/filter_manage.h"
 
-#include "core/text.h"
+#include "base/text.h"
 #include "platform/csidl.h"
 
 namespace varnel {

@@ -1,6 +1,6 @@
 #include "core/path_resolution.h"
 #include "core/registry_location.h"
-#include "core/text.h"
+#include "base/text.h"
 #include "core/uninstall_command.h"
 #include "inventory/soft_info.h"
 #include "leftovers/scan_steps.h"

@@ -1,5 +1,5 @@
 #include "core/registry_location.h"
-#include "core/text.h"
+#include "base/text.h"
 #include "leftovers/scan_steps.h"
 
 namespace varnel::scan {

@@ -4,7 +4,7 @@
 
 #include "core/path_resolution.h"
 #include "core/protected_places.h"
-#include "core/text.h"
+#include "base/text.h"
 
 namespace varnel {
 
@@ -24,7 +24,7 @@ bool IsLooseToolbar(const TSoftInfo& record) {
 
 }  // namespace
 
-std::vector<std::wstring> OtherProgramFolders(const Platform& platform, const TSoftList& list,
+std::vector<std::wstring> OtherProgramFolders(const Platform& platform, const SoftList& list,
                                               const std::vector<int>& scanned) {
   const auto isScanned = [&](std::size_t i) {
     return std::find(scanned.begin(), scanned.end(), static_cast<int>(i)) != scanned.end();

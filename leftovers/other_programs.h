@@ -13,7 +13,7 @@ namespace varnel {
 // toolbar with no uninstaller of its own whose folder lies in the folder of
 // a scanned program (one a program may own) is part of that program, not
 // another one.
-std::vector<std::wstring> OtherProgramFolders(const Platform& platform, const TSoftList& list,
+std::vector<std::wstring> OtherProgramFolders(const Platform& platform, const SoftList& list,
                                               const std::vector<int>& scanned);
 
 }  // namespace varnel

@@ -2,7 +2,7 @@
 
 #include "core/path_resolution.h"
 #include "core/safe_folder.h"
-#include "core/text.h"
+#include "base/text.h"
 #include "leftovers/scan_steps.h"
 #include "leftovers/value_text.h"
 

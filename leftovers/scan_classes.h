@@ -76,7 +76,7 @@ class TRegeditScanClasses {
   // the scan may go on.
   bool Step();
 
-  TNamedList<TRegeditItemGroup>& Category(ScanCategory category) {
+  NamedList<TRegeditItemGroup>& Category(ScanCategory category) {
     return categories_[static_cast<std::size_t>(category)];
   }
 
@@ -136,7 +136,7 @@ class TRegeditScanClasses {
   Platform platform_;
   MessageStep processMessages_;
   TFileterManage& filter_;
-  std::array<TNamedList<TRegeditItemGroup>, kScanCategoryCount> categories_;
+  std::array<NamedList<TRegeditItemGroup>, kScanCategoryCount> categories_;
   const ProtectedPlaces* places_ = nullptr;
   std::unique_ptr<ProtectedPlaces> ownPlaces_;
   std::vector<TShowRegInfo>* registryResults_ = nullptr;

@@ -1,7 +1,7 @@
 #include "leftovers/scan_driver.h"
 
 #include "core/registry_location.h"
-#include "core/text.h"
+#include "base/text.h"
 #include "leftovers/other_programs.h"
 
 namespace varnel {
@@ -35,20 +35,20 @@ std::wstring FormatCountPhrase(const std::wstring& phrase, int count) {
   return phrase.substr(0, at) + std::to_wstring(count) + phrase.substr(at + 2);
 }
 
-TScanDriver::TScanDriver(const Platform& platform,
+ScanDriver::ScanDriver(const Platform& platform,
                          TRegeditScanClasses::MessageStep processMessages)
     : platform_(platform), processMessages_(std::move(processMessages)) {}
 
-void TScanDriver::Stop() {
+void ScanDriver::Stop() {
   stop_ = true;
   if (active_) active_->Stop();
 }
 
-std::wstring TScanDriver::CountPhrase(int count) const {
+std::wstring ScanDriver::CountPhrase(int count) const {
   return FormatCountPhrase(count == 1 ? SingularPhrase : PluralPhrase, count);
 }
 
-ScanFindings TScanDriver::Collect(const TSoftList& list, int index, const std::wstring& filePath,
+ScanFindings ScanDriver::Collect(const SoftList& list, int index, const std::wstring& filePath,
                                   IImageList* images) {
   ScanFindings found;
   const bool inList = index >= 0 && index < static_cast<int>(list.size());
@@ -84,13 +84,13 @@ ScanFindings TScanDriver::Collect(const TSoftList& list, int index, const std::w
   return found;
 }
 
-int TScanDriver::ScanProgram(const TSoftList& list, const IImageList* listImages, int index,
+int ScanDriver::ScanProgram(const SoftList& list, const IImageList* listImages, int index,
                              IResultsTree& tree, const std::wstring& filePath,
                              IImageList* treeImages) {
   return AddBranch(Collect(list, index, filePath, treeImages), listImages, tree, treeImages);
 }
 
-int TScanDriver::AddBranch(const ScanFindings& found, const IImageList* listImages,
+int ScanDriver::AddBranch(const ScanFindings& found, const IImageList* listImages,
                            IResultsTree& tree, IImageList* treeImages) {
   const int count = found.Count();
   if (count <= 0) return 0;

@@ -22,9 +22,9 @@ struct ScanFindings {
 
 // Runs the scan for one program at a time and turns its findings into a
 // branch of the results tree.
-class TScanDriver {
+class ScanDriver {
  public:
-  explicit TScanDriver(const Platform& platform,
+  explicit ScanDriver(const Platform& platform,
                        TRegeditScanClasses::MessageStep processMessages = {});
 
   // The places every scan leaves alone; the caller's, outliving the scans.
@@ -41,12 +41,12 @@ class TScanDriver {
 
   // Scans list[index], or, when `filePath` is given or the index lies outside
   // the list, the disk around the file. `images` receives file icons (may be null).
-  ScanFindings Collect(const TSoftList& list, int index, const std::wstring& filePath,
+  ScanFindings Collect(const SoftList& list, int index, const std::wstring& filePath,
                        IImageList* images);
   // The scan plus its branch in `tree`; returns the number of leftovers, 0
   // (and no branch) when nothing was found or the scan was stopped.
   // `listImages` are the software list's icons (may be null).
-  int ScanProgram(const TSoftList& list, const IImageList* listImages, int index,
+  int ScanProgram(const SoftList& list, const IImageList* listImages, int index,
                   IResultsTree& tree, const std::wstring& filePath, IImageList* treeImages);
   // The branch of findings already collected; the same return as ScanProgram.
   int AddBranch(const ScanFindings& found, const IImageList* listImages, IResultsTree& tree,

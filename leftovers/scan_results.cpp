@@ -1,24 +1,24 @@
 #include "leftovers/scan_results.h"
 
-#include "core/text.h"
+#include "base/text.h"
 
 namespace varnel {
 
 template <typename T>
-int TNamedList<T>::IndexOf(std::wstring_view name) const {
+int NamedList<T>::IndexOf(std::wstring_view name) const {
   auto it = index_.find(text::Upper(name));
   return it == index_.end() ? -1 : it->second;
 }
 
 template <typename T>
-T& TNamedList<T>::Add(std::wstring name, std::unique_ptr<T> object) {
+T& NamedList<T>::Add(std::wstring name, std::unique_ptr<T> object) {
   index_.emplace(text::Upper(name), static_cast<int>(items_.size()));
   items_.emplace_back(std::move(name), std::move(object));
   return *items_.back().second;
 }
 
-template class TNamedList<TRegeditItemGroup>;
-template class TNamedList<TRegeditItemInfo>;
+template class NamedList<TRegeditItemGroup>;
+template class NamedList<TRegeditItemInfo>;
 
 TMyTreeData RegistryTreeData(const TShowRegInfo& item, bool is64BitView) {
   TMyTreeData data;

@@ -41,7 +41,7 @@ struct TFileInfo {
 // Names with an owned object, looked up without regard to case; the first
 // entry of a name is the one found.
 template <typename T>
-class TNamedList {
+class NamedList {
  public:
   int IndexOf(std::wstring_view name) const;
   bool Contains(std::wstring_view name) const { return IndexOf(name) >= 0; }
@@ -74,8 +74,8 @@ constexpr std::uint8_t Key = 1;           // a key found in the registry
 
 // A reported key with the subkeys and values reported below it.
 struct TRegeditItemGroup {
-  TNamedList<TRegeditItemGroup> SubKeys;
-  TNamedList<TRegeditItemInfo> Values;
+  NamedList<TRegeditItemGroup> SubKeys;
+  NamedList<TRegeditItemInfo> Values;
   std::uint8_t Kind = GroupKind::Key;
   std::int32_t Reserved = 0;
   RegRoot Root = RegRoot::LocalMachine;

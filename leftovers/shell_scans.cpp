@@ -1,7 +1,7 @@
 // Shell registrations that name the program's folder or classes: start-up
 // values, App Paths, approved shell extensions, Control Panel items, clients,
 // the MUI cache and browser toolbar values.
-#include "core/text.h"
+#include "base/text.h"
 #include "leftovers/class_lookup.h"
 #include "leftovers/scan_steps.h"
 #include "leftovers/value_text.h"

@@ -1,6 +1,6 @@
 #include "leftovers/value_text.h"
 
-#include "core/text.h"
+#include "base/text.h"
 
 namespace varnel {
 

@@ -1,11 +1,11 @@
 #include "ui/error_log.h"
 
 #include "core/app_frame.h"
-#include "core/date_time.h"
+#include "base/date_time.h"
 #include "core/file_version.h"
 #include "core/os_name.h"
-#include "core/text.h"
-#include "core/text_file.h"
+#include "base/text.h"
+#include "base/text_file.h"
 #include "core/wow64.h"
 
 namespace varnel {

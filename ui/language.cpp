@@ -3,7 +3,7 @@
 #include <utility>
 
 #include "core/app_frame.h"
-#include "core/text.h"
+#include "base/text.h"
 
 namespace varnel {
 
@@ -18,7 +18,7 @@ std::wstring_view KeyOf(std::wstring_view line) {
 
 }  // namespace
 
-void THashedLines::Assign(std::vector<std::wstring> lines) {
+void HashedLines::Assign(std::vector<std::wstring> lines) {
   lines_ = std::move(lines);
   first_.clear();
   for (std::size_t i = 0; i < lines_.size(); ++i)
@@ -26,16 +26,16 @@ void THashedLines::Assign(std::vector<std::wstring> lines) {
       first_.try_emplace(text::Upper(KeyOf(lines_[i])), i);
 }
 
-void THashedLines::Clear() {
+void HashedLines::Clear() {
   lines_.clear();
   first_.clear();
 }
 
-bool THashedLines::Contains(std::wstring_view key) const {
+bool HashedLines::Contains(std::wstring_view key) const {
   return first_.contains(text::Upper(key));
 }
 
-std::wstring THashedLines::Value(std::wstring_view key, std::wstring_view defaultValue) const {
+std::wstring HashedLines::Value(std::wstring_view key, std::wstring_view defaultValue) const {
   const auto it = first_.find(text::Upper(key));
   if (it == first_.end()) return std::wstring(defaultValue);
   const std::wstring& line = lines_[it->second];

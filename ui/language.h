@@ -6,14 +6,14 @@
 #include <vector>
 
 #include "platform/platform.h"
-#include "ui/ext_ini_file.h"
+#include "base/ext_ini_file.h"
 #include "ui/translatable.h"
 
 namespace varnel {
 
 // "key=value" lines with a look-up by key that ignores case; the first line
 // of a key answers.
-class THashedLines {
+class HashedLines {
  public:
   void Assign(std::vector<std::wstring> lines);
   void Clear();
@@ -43,7 +43,7 @@ class TLanguage {
   std::vector<std::wstring> Files;         // base names
   std::vector<std::wstring> DisplayNames;  // one per entry of Files
   TExtIniFile Ini;
-  THashedLines Messages;  // section Prefix + "_M"
+  HashedLines Messages;  // section Prefix + "_M"
 
   // The user's choice as the sibling suite records it; "English" when none.
   std::wstring ReadLanguageChoice() const;

@@ -1,6 +1,6 @@
 #include "ui/language_catalog.h"
 
-#include "core/text.h"
+#include "base/text.h"
 
 namespace varnel {
 
@@ -8,7 +8,7 @@ namespace {
 
 constexpr std::wstring_view kPrefix = L"Uninstaller_";
 
-constexpr TCatalogText kMain[] = {
+constexpr CatalogText kMain[] = {
     {L"UninstallForm_Main.Caption", L"Varnel Uninstaller", L"Varnel Uninstaller"},
     {L"Label_AllProgrames.Caption", L"All Programs", L"Alle Programme"},
     {L"Label_Toolbar.Caption", L"Toolbars", L"Symbolleisten"},
@@ -42,7 +42,7 @@ constexpr TCatalogText kMain[] = {
     {L"PopupMenu_Manager_VRP.Caption", L"View Restore Point", L"Wiederherstellungspunkte"},
 };
 
-constexpr TCatalogText kMainMessages[] = {
+constexpr CatalogText kMainMessages[] = {
     {L"M_SoftwareList", L"Software List", L"Programmliste"},
     {L"M_AppVersion", L"Application Version", L"Programmversion"},
     {L"M_ExportTime", L"Exported Time", L"Exportiert am"},
@@ -74,7 +74,7 @@ constexpr TCatalogText kMainMessages[] = {
     {L"M_GroupUpdates", L"Windows updates", L"Windows-Updates"},
 };
 
-constexpr TCatalogText kUninstalling[] = {
+constexpr CatalogText kUninstalling[] = {
     {L"Uninstalling_Form.Caption", L"Uninstalling", L"Deinstallation"},
     {L"Label_UninstallMode.Caption", L"Uninstall Mode:", L"Deinstallationsmodus:"},
     {L"Label_Standard.Caption", L"Standard", L"Standard"},
@@ -99,7 +99,7 @@ constexpr TCatalogText kUninstalling[] = {
     {L"Button_Cancel.Caption", L"Cancel", L"Abbrechen"},
 };
 
-constexpr TCatalogText kUninstallingMessages[] = {
+constexpr CatalogText kUninstallingMessages[] = {
     {L"M_NoLeftFind", L"No left items found.", L"Keine Reste gefunden."},
     {L"M_CreateRestorePoint", L"Creating System Restore Point",
      L"Systemwiederherstellungspunkt wird erstellt"},
@@ -118,7 +118,7 @@ constexpr TCatalogText kUninstallingMessages[] = {
     {L"M_ForcedUninstall", L"Forced Uninstall", L"Erzwungene Deinstallation"},
 };
 
-constexpr TCatalogText kForceUninstall[] = {
+constexpr CatalogText kForceUninstall[] = {
     {L"ForceUninstall_Form.Caption", L"Forced Uninstall", L"Erzwungene Deinstallation"},
     {L"Label_Title.Caption", L"Varnel Forced Uninstaller", L"Varnel Erzwungene Deinstallation"},
     {L"Label_SubTitle.Caption", L"Uninstall programs and clean all leftover items thoroughly.",
@@ -147,13 +147,13 @@ constexpr TCatalogText kForceUninstall[] = {
     {L"PM_FU_ViewEntry.Caption", L"View Entry", L"Eintrag anzeigen"},
 };
 
-constexpr TCatalogText kForceUninstallMessages[] = {
+constexpr CatalogText kForceUninstallMessages[] = {
     {L"M_SelectAgain", L"Invalid path. Please select again!",
      L"Ung\u00fcltiger Pfad. Bitte erneut ausw\u00e4hlen!"},
     {L"M_Unknown", L"Unknown", L"Unbekannt"},
 };
 
-constexpr TCatalogText kPowerScan[] = {
+constexpr CatalogText kPowerScan[] = {
     {L"PowerScan_Form.Caption", L"Powerful Scan", L"Gr\u00fcndliche Suche"},
     {L"Label_UninstallScanTitle.Caption", L"Found leftover items. Please select to delete.",
      L"Reste gefunden. Bitte w\u00e4hlen Sie aus, was gel\u00f6scht werden soll."},
@@ -162,7 +162,7 @@ constexpr TCatalogText kPowerScan[] = {
     {L"Button_SelectAll.Caption", L"Select All", L"Alle ausw\u00e4hlen"},
 };
 
-constexpr TCatalogText kPowerScanMessages[] = {
+constexpr CatalogText kPowerScanMessages[] = {
     {L"M_SureDeleteItems", L"Are you sure you want to delete the selected items?",
      L"M\u00f6chten Sie die ausgew\u00e4hlten Eintr\u00e4ge wirklich l\u00f6schen?"},
     {L"M_Deleting", L"Deleting", L"L\u00f6sche"},
@@ -174,7 +174,7 @@ constexpr TCatalogText kPowerScanMessages[] = {
     {L"M_DateTime", L"Date", L"Datum"},
 };
 
-constexpr TCatalogText kLogManager[] = {
+constexpr CatalogText kLogManager[] = {
     {L"LogManager_Form.Caption", L"Uninstall Log Manager", L"Deinstallationsprotokolle"},
     {L"Label_Title.Caption", L"Varnel Uninstall Log File List",
      L"Liste der Varnel-Deinstallationsprotokolle"},
@@ -195,7 +195,7 @@ constexpr TCatalogText kLogManager[] = {
 };
 
 // Delete All asks under the same key; its own English default lives in the window.
-constexpr TCatalogText kLogManagerMessages[] = {
+constexpr CatalogText kLogManagerMessages[] = {
     {L"M_SureDelSelect",
      L"Are you sure to delete the selected file? The deletion CANNOT be restored.",
      L"M\u00f6chten Sie die ausgew\u00e4hlte Datei wirklich l\u00f6schen? Das L\u00f6schen kann NICHT "
@@ -217,7 +217,7 @@ constexpr TCatalogText kLogManagerMessages[] = {
     {L"M_BackupMissing", L"The backup no longer exists.", L"Die Sicherung existiert nicht mehr."},
 };
 
-constexpr TCatalogSection kSections[] = {
+constexpr CatalogSection kSections[] = {
     {L"UninstallForm_Main", kMain},
     {L"UninstallForm_Main_M", kMainMessages},
     {L"Uninstalling_Form", kUninstalling},
@@ -232,7 +232,7 @@ constexpr TCatalogSection kSections[] = {
 
 }  // namespace
 
-std::span<const TCatalogSection> LanguageCatalog() { return kSections; }
+std::span<const CatalogSection> LanguageCatalog() { return kSections; }
 
 std::wstring LanguageFileText(CatalogLanguage language) {
   const bool german = language == CatalogLanguage::German;
@@ -240,12 +240,12 @@ std::wstring LanguageFileText(CatalogLanguage language) {
   out += L"[Main]\r\nDisplayName=";
   out += german ? L"Deutsch" : L"English";
   out += L"\r\n";
-  for (const TCatalogSection& section : kSections) {
+  for (const CatalogSection& section : kSections) {
     out += L"\r\n[";
     out += kPrefix;
     out += section.name;
     out += L"]\r\n";
-    for (const TCatalogText& entry : section.texts) {
+    for (const CatalogText& entry : section.texts) {
       out += entry.key;
       out += L"=";
       out += german ? entry.german : entry.english;
@@ -258,9 +258,9 @@ std::wstring LanguageFileText(CatalogLanguage language) {
 std::wstring DefaultText(std::wstring_view section, std::wstring_view key) {
   if (!text::StartsWithText(section, kPrefix)) return {};
   section.remove_prefix(kPrefix.size());
-  for (const TCatalogSection& s : kSections) {
+  for (const CatalogSection& s : kSections) {
     if (!text::SameText(s.name, section)) continue;
-    for (const TCatalogText& entry : s.texts)
+    for (const CatalogText& entry : s.texts)
       if (text::SameText(entry.key, key)) return std::wstring(entry.english);
   }
   return {};

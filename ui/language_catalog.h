@@ -12,18 +12,18 @@ namespace varnel {
 // default and the German translation. The windows take their defaults from
 // here and the shipped ".lng" files are generated from it, so neither can
 // drift from the other.
-struct TCatalogText {
+struct CatalogText {
   std::wstring_view key;
   std::wstring_view english;
   std::wstring_view german;
 };
 
-struct TCatalogSection {
+struct CatalogSection {
   std::wstring_view name;  // without the "Uninstaller_" prefix
-  std::span<const TCatalogText> texts;
+  std::span<const CatalogText> texts;
 };
 
-std::span<const TCatalogSection> LanguageCatalog();
+std::span<const CatalogSection> LanguageCatalog();
 
 enum class CatalogLanguage { English, German };
 

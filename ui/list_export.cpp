@@ -2,7 +2,7 @@
 
 #include <cwchar>
 
-#include "core/text.h"
+#include "base/text.h"
 #include "ui/language_catalog.h"
 
 namespace varnel {
@@ -27,9 +27,9 @@ std::wstring ExportStamp(const LocalDateTime& t) {
 
 }  // namespace
 
-TExportLabels LoadExportLabels(const TLanguage& language) {
+ExportLabels LoadExportLabels(const TLanguage& language) {
   auto m = [&](std::wstring_view key) { return CatalogMessage(language, kForm, key); };
-  TExportLabels labels;
+  ExportLabels labels;
   labels.softwareList = m(L"M_SoftwareList");
   labels.appVersion = m(L"M_AppVersion");
   labels.exportTime = m(L"M_ExportTime");
@@ -51,7 +51,7 @@ std::wstring ExportFileName(std::wstring_view chosen) {
   return name;
 }
 
-std::wstring ExportListText(const TSoftList& list, const TExportLabels& labels,
+std::wstring ExportListText(const SoftList& list, const ExportLabels& labels,
                             std::wstring_view appVersion, std::wstring_view osName,
                             const LocalDateTime& now) {
   const std::wstring rule(36, L'=');

@@ -1,10 +1,10 @@
 #include "ui/main_window_state.h"
 
-#include "core/text.h"
+#include "base/text.h"
 
 namespace varnel {
 
-bool TMainWindowState::ChooseCategory(int button) {
+bool MainWindowState::ChooseCategory(int button) {
   const int filter = CategoryFilter(button);
   if (filter < 0) return false;
   category_ = button;
@@ -13,14 +13,14 @@ bool TMainWindowState::ChooseCategory(int button) {
   return true;
 }
 
-bool TMainWindowState::ClickColumn(int column) {
+bool MainWindowState::ClickColumn(int column) {
   if (column < 0 || column >= 3) return false;
   sortColumn_ = column;
   directions_[column] = !directions_[column];
   return true;
 }
 
-bool TMainWindowState::ToggleBatch() {
+bool MainWindowState::ToggleBatch() {
   batch_ = batch_ == 0 ? 1 : 0;
   return batch_ == 1;
 }
@@ -30,8 +30,8 @@ bool IsSearchText(std::wstring_view text, std::wstring_view placeholder) {
   return !trimmed.empty() && !text::SameText(trimmed, placeholder);
 }
 
-TSearchBoxLook SearchBoxOnEnter(std::wstring_view text, std::wstring_view placeholder) {
-  TSearchBoxLook look;
+SearchBoxLook SearchBoxOnEnter(std::wstring_view text, std::wstring_view placeholder) {
+  SearchBoxLook look;
   look.active = true;
   look.boxColour = SearchColour::ActiveBox;
   if (IsSearchText(text, placeholder)) {
@@ -43,8 +43,8 @@ TSearchBoxLook SearchBoxOnEnter(std::wstring_view text, std::wstring_view placeh
   return look;
 }
 
-TSearchBoxLook SearchBoxOnExit(std::wstring_view text, std::wstring_view placeholder) {
-  TSearchBoxLook look;
+SearchBoxLook SearchBoxOnExit(std::wstring_view text, std::wstring_view placeholder) {
+  SearchBoxLook look;
   if (IsSearchText(text, placeholder)) {
     look.active = true;
     look.clearButton = true;
@@ -58,8 +58,8 @@ TSearchBoxLook SearchBoxOnExit(std::wstring_view text, std::wstring_view placeho
   return look;
 }
 
-TSearchBoxLook SearchBoxOnKeyUp(std::wstring_view text, unsigned key) {
-  TSearchBoxLook look;
+SearchBoxLook SearchBoxOnKeyUp(std::wstring_view text, unsigned key) {
+  SearchBoxLook look;
   look.active = true;
   look.boxColour = SearchColour::ActiveBox;
   if (key == 27) {

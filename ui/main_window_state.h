@@ -10,7 +10,7 @@ namespace varnel {
 
 // What the main window remembers between clicks: category, filter, sort
 // column and the per-column direction flags, batch mode.
-class TMainWindowState {
+class MainWindowState {
  public:
   int Category() const { return category_; }
   int Filter() const { return filter_; }
@@ -39,7 +39,7 @@ class TMainWindowState {
 
 // The search box's look: the placeholder text stands in the box itself
 // while it is idle. Colours are 0x00BBGGRR.
-struct TSearchBoxLook {
+struct SearchBoxLook {
   std::wstring text;
   bool keepText = true;  // false: `text` replaces the box's text
   bool active = false;   // the frame pictures' state
@@ -57,11 +57,11 @@ constexpr std::uint32_t Black = 0;
 
 // A real search: trimmed text that is not empty and not the placeholder.
 bool IsSearchText(std::wstring_view text, std::wstring_view placeholder);
-TSearchBoxLook SearchBoxOnEnter(std::wstring_view text, std::wstring_view placeholder);
-TSearchBoxLook SearchBoxOnExit(std::wstring_view text, std::wstring_view placeholder);
+SearchBoxLook SearchBoxOnEnter(std::wstring_view text, std::wstring_view placeholder);
+SearchBoxLook SearchBoxOnExit(std::wstring_view text, std::wstring_view placeholder);
 // Escape empties the box; any other key shows the clear button exactly
 // when the box is not empty. `text` is the box's text after the key.
-TSearchBoxLook SearchBoxOnKeyUp(std::wstring_view text, unsigned key);
+SearchBoxLook SearchBoxOnKeyUp(std::wstring_view text, unsigned key);
 
 // The first column's caption: `format` with "%d" replaced by the row count.
 std::wstring FormatCount(std::wstring_view format, int count);

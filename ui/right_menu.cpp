@@ -2,8 +2,8 @@
 
 #include "core/reboot_file_ops.h"
 #include "core/shortcut.h"
-#include "core/text.h"
-#include "core/text_file.h"
+#include "base/text.h"
+#include "base/text_file.h"
 
 namespace varnel {
 

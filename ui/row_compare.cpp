@@ -1,7 +1,7 @@
 #include "ui/row_compare.h"
 
-#include "core/date_time.h"
-#include "core/text.h"
+#include "base/date_time.h"
+#include "base/text.h"
 
 namespace varnel {
 
@@ -43,7 +43,7 @@ int CompareDateTexts(ISystem& system, std::wstring_view a, std::wstring_view b) 
   return 0;
 }
 
-int CompareRows(ISystem& system, int column, const TSoftRow& a, const TSoftRow& b,
+int CompareRows(ISystem& system, int column, const SoftRow& a, const SoftRow& b,
                 bool directionFlag) {
   int result = 0;
   switch (column) {

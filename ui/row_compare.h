@@ -17,7 +17,7 @@ int CompareDateTexts(ISystem& system, std::wstring_view a, std::wstring_view b);
 
 // The list's comparison for sort column 0..2 (name, size, install date),
 // negated when the column's direction flag is set.
-int CompareRows(ISystem& system, int column, const TSoftRow& a, const TSoftRow& b,
+int CompareRows(ISystem& system, int column, const SoftRow& a, const SoftRow& b,
                 bool directionFlag);
 
 }  // namespace varnel

@@ -2,8 +2,8 @@
 
 namespace varnel {
 
-TRowDetails DetailsOf(const TSoftRow* selected) {
-  TRowDetails details;
+RowDetails DetailsOf(const SoftRow* selected) {
+  RowDetails details;
   if (!selected) return details;
   details.idlePicture = false;
   details.name = selected->caption;

@@ -7,7 +7,7 @@
 namespace varnel {
 
 // What the details panel shows for the selected row.
-struct TRowDetails {
+struct RowDetails {
   bool idlePicture = true;  // no selection: only the idle picture shows
   std::wstring name, version, publisher, helpInfo;
   int image = 0;
@@ -15,6 +15,6 @@ struct TRowDetails {
   bool helpIsLink = false;  // underlined, hand cursor
 };
 
-TRowDetails DetailsOf(const TSoftRow* selected);
+RowDetails DetailsOf(const SoftRow* selected);
 
 }  // namespace varnel

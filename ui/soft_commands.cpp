@@ -3,12 +3,12 @@
 #include <cstdio>
 
 #include "core/registry_location.h"
-#include "core/text.h"
+#include "base/text.h"
 
 namespace varnel {
 
-TSoftMenuState SoftMenuState(const Platform& platform, const TSoftRow* selected) {
-  TSoftMenuState state;
+SoftMenuState MenuStateFor(const Platform& platform, const SoftRow* selected) {
+  SoftMenuState state;
   if (!selected) return state;
   state.uninstall = true;
   state.searchOnline = true;
@@ -41,7 +41,7 @@ int RecordIndexOf(std::wstring_view text) {
 
 bool MayRemoveEntry(int index) { return index > 0; }
 
-std::wstring RegistryKeyOf(const TSoftRow& row) {
+std::wstring RegistryKeyOf(const SoftRow& row) {
   return row.sub[SubItem::RootKey] + row.sub[SubItem::KeyPath];
 }
 
@@ -67,11 +67,11 @@ void OpenHelpLink(const Platform& platform, std::wstring_view help) {
 }
 
 std::vector<std::wstring> UninstallJobs(bool batchMode,
-                                        const std::vector<const TSoftRow*>& checked,
-                                        const TSoftRow* selected) {
+                                        const std::vector<const SoftRow*>& checked,
+                                        const SoftRow* selected) {
   std::vector<std::wstring> jobs;
   if (batchMode) {
-    for (const TSoftRow* row : checked)
+    for (const SoftRow* row : checked)
       if (row) jobs.push_back(row->sub[SubItem::RecordIndex]);
   } else if (selected) {
     jobs.push_back(selected->sub[SubItem::RecordIndex]);

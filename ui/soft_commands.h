@@ -10,13 +10,13 @@
 namespace varnel {
 
 // Which items of the list's context menu are enabled.
-struct TSoftMenuState {
+struct SoftMenuState {
   bool uninstall = false;
   bool openFolder = false;
   bool searchOnline = false;
   bool viewEntry = false;
 };
-TSoftMenuState SoftMenuState(const Platform& platform, const TSoftRow* selected);
+SoftMenuState MenuStateFor(const Platform& platform, const SoftRow* selected);
 
 // Sub-item 8 as a number; -1 when it is not one.
 int RecordIndexOf(std::wstring_view text);
@@ -26,7 +26,7 @@ bool MayRemoveEntry(int index);
 
 // The registry key of a row: root name, "\", key path (which already starts
 // with one).
-std::wstring RegistryKeyOf(const TSoftRow& row);
+std::wstring RegistryKeyOf(const SoftRow& row);
 
 // Every UTF-8 byte of `name` as "%" and two lower-case hex digits.
 std::wstring EncodeSearchName(std::wstring_view name);
@@ -41,7 +41,7 @@ void OpenHelpLink(const Platform& platform, std::wstring_view help);
 // The jobs of an uninstall request, each a row's record index as text
 // (sub-item 8): every checked row in batch mode, else the selected row.
 std::vector<std::wstring> UninstallJobs(bool batchMode,
-                                        const std::vector<const TSoftRow*>& checked,
-                                        const TSoftRow* selected);
+                                        const std::vector<const SoftRow*>& checked,
+                                        const SoftRow* selected);
 
 }  // namespace varnel

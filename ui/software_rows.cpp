@@ -2,7 +2,7 @@
 
 #include <cmath>
 
-#include "core/text.h"
+#include "base/text.h"
 #include "inventory/software_info.h"
 
 namespace varnel {
@@ -51,7 +51,7 @@ bool PassesSearch(const TSoftInfo& info, std::wstring_view search) {
 
 std::wstring BoolText(bool value) { return value ? L"-1" : L"0"; }
 
-void RefreshRow(TSoftRow& row, const TSoftInfo& info) {
+void RefreshRow(SoftRow& row, const TSoftInfo& info) {
   row.caption = info.Name;
   if (info.Is64BitView) row.caption += L"(x64)";
   row.image = info.ImageIndex;
@@ -69,17 +69,17 @@ void RefreshRow(TSoftRow& row, const TSoftInfo& info) {
                                      : RowGroup::Programs;
 }
 
-TSoftRow MakeRow(const TSoftInfo& info, int index) {
-  TSoftRow row;
+SoftRow MakeRow(const TSoftInfo& info, int index) {
+  SoftRow row;
   row.index = index;
   row.sub[SubItem::RecordIndex] = std::to_wstring(index);
   RefreshRow(row, info);
   return row;
 }
 
-std::vector<TSoftRow> SelectRows(const TSoftList& list, int filter, std::wstring_view search,
+std::vector<SoftRow> SelectRows(const SoftList& list, int filter, std::wstring_view search,
                                  TDateTime now) {
-  std::vector<TSoftRow> rows;
+  std::vector<SoftRow> rows;
   for (std::size_t i = 0; i < list.size(); ++i) {
     const TSoftInfo* info = list[i].get();
     if (!info || !PassesFilter(*info, filter, now) || !PassesSearch(*info, search)) continue;

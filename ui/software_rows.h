@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-#include "core/date_time.h"
+#include "base/date_time.h"
 #include "inventory/soft_list.h"
 
 namespace varnel {
@@ -43,7 +43,7 @@ constexpr int Toolbars = 2;
 constexpr int WindowsUpdates = 3;
 }  // namespace RowGroup
 
-struct TSoftRow {
+struct SoftRow {
   std::wstring caption;
   std::array<std::wstring, SubItem::Count> sub;
   int image = 0;
@@ -63,11 +63,11 @@ bool PassesSearch(const TSoftInfo& info, std::wstring_view search);
 
 // "0" for false, "-1" for true.
 std::wstring BoolText(bool value);
-TSoftRow MakeRow(const TSoftInfo& info, int index);
-void RefreshRow(TSoftRow& row, const TSoftInfo& info);
+SoftRow MakeRow(const TSoftInfo& info, int index);
+void RefreshRow(SoftRow& row, const TSoftInfo& info);
 
 // The rows a list shows for `filter` and `search`, in record order.
-std::vector<TSoftRow> SelectRows(const TSoftList& list, int filter, std::wstring_view search,
+std::vector<SoftRow> SelectRows(const SoftList& list, int filter, std::wstring_view search,
                                  TDateTime now);
 
 }  // namespace varnel

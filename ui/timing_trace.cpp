@@ -4,7 +4,7 @@
 
 namespace varnel {
 
-void TTimingTrace::Add(std::wstring_view suffix) {
+void TimingTrace::Add(std::wstring_view suffix) {
   const auto t = system_.ToLocalTime(system_.Now()).value_or(LocalDateTime{});
   wchar_t stamp[32];
   std::swprintf(stamp, 32, L"%02d:%02d:%02d %03d", t.hour, t.minute, t.second, t.millisecond);

@@ -10,9 +10,9 @@ namespace varnel {
 
 // Start-up timing lines, "hh:mm:ss zzz" and a suffix; kept in memory only,
 // for a debugger's eyes.
-class TTimingTrace {
+class TimingTrace {
  public:
-  explicit TTimingTrace(ISystem& system) : system_(system) {}
+  explicit TimingTrace(ISystem& system) : system_(system) {}
   void Add(std::wstring_view suffix);
   const std::vector<std::wstring>& Lines() const { return lines_; }
 

@@ -4,7 +4,7 @@
 
 #include "core/path_resolution.h"
 #include "core/protected_places.h"
-#include "core/text.h"
+#include "base/text.h"
 #include "inventory/chromium_extensions.h"
 #include "uninstall/backup.h"
 

@@ -5,12 +5,12 @@
 
 #include "core/app_frame.h"
 #include "core/data_folder.h"
-#include "core/date_time.h"
+#include "base/date_time.h"
 #include "core/directory_tree.h"
 #include "core/path_resolution.h"
 #include "core/protected_places.h"
 #include "core/registry_location.h"
-#include "core/text.h"
+#include "base/text.h"
 
 namespace varnel {
 

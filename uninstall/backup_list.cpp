@@ -1,11 +1,11 @@
 #include "uninstall/backup_list.h"
 
 #include "core/file_size.h"
-#include "core/text.h"
+#include "base/text.h"
 
 namespace varnel {
 
-BackupList::BackupList(const Platform& platform, TBackupListTexts texts)
+BackupList::BackupList(const Platform& platform, BackupListTexts texts)
     : platform_(platform), texts_(std::move(texts)) {}
 
 void BackupList::Refresh() { backups_ = ListBackups(platform_); }

@@ -11,7 +11,7 @@ namespace varnel {
 
 // The log manager's backup texts with their built-in English; the window
 // replaces them from its language table.
-struct TBackupListTexts {
+struct BackupListTexts {
   std::wstring Room = L"All backups together take %s.";  // %s: the size
   std::wstring NoBackups = L"There are no backups.";
   std::wstring OneRestored = L"1 item was restored.";
@@ -33,7 +33,7 @@ struct BackupRow {
 // (no selection is -1) selects nothing.
 class BackupList {
  public:
-  BackupList(const Platform& platform, TBackupListTexts texts);
+  BackupList(const Platform& platform, BackupListTexts texts);
 
   // Reads the backup folder afresh.
   void Refresh();
@@ -56,7 +56,7 @@ class BackupList {
   const BackupSummary* At(int selected) const;
 
   Platform platform_;
-  TBackupListTexts texts_;
+  BackupListTexts texts_;
   std::vector<BackupSummary> backups_;
 };
 

@@ -3,7 +3,7 @@
 #include "core/file_version.h"
 #include "core/safe_folder.h"
 #include "core/shortcut.h"
-#include "core/text.h"
+#include "base/text.h"
 #include "inventory/software_queries.h"
 #include "uninstall/uninstall_sequence.h"
 
@@ -29,15 +29,15 @@ int IndexOf(const std::wstring& text) {
 
 }  // namespace
 
-TForceMatch::TForceMatch(const Platform& platform) : platform_(platform) {}
+ForceMatch::ForceMatch(const Platform& platform) : platform_(platform) {}
 
-void TForceMatch::Clear() {
+void ForceMatch::Clear() {
   file_.clear();
   name_.clear();
   rows_.clear();
 }
 
-bool TForceMatch::ChooseFile(const std::wstring& path) {
+bool ForceMatch::ChooseFile(const std::wstring& path) {
   std::wstring file = path;
   // ".ink" is taken on purpose: shortcuts reach us misspelt that way.
   if (text::EndsWithText(file, L".lnk") || text::EndsWithText(file, L".ink"))
@@ -52,8 +52,8 @@ bool TForceMatch::ChooseFile(const std::wstring& path) {
   return true;
 }
 
-void TForceMatch::MatchFile() {
-  static const TSoftList kNone;
+void ForceMatch::MatchFile() {
+  static const SoftList kNone;
   Fill(FindSoftwareByFolder(platform_, software_ ? *software_ : kNone, file_));
   if (!rows_.empty()) {
     name_ = software_->at(rows_.front().index)->Name;
@@ -63,12 +63,12 @@ void TForceMatch::MatchFile() {
   if (name_.empty() || text::SameText(name_, L"Unknown")) name_ = UnknownText;
 }
 
-void TForceMatch::SearchByName(const std::wstring& text) {
-  static const TSoftList kNone;
+void ForceMatch::SearchByName(const std::wstring& text) {
+  static const SoftList kNone;
   Fill(FindSoftwareByName(software_ ? *software_ : kNone, text));
 }
 
-void TForceMatch::Fill(const std::vector<std::wstring>& indexes) {
+void ForceMatch::Fill(const std::vector<std::wstring>& indexes) {
   rows_.clear();
   if (!software_) return;
   for (const std::wstring& text : indexes) {
@@ -76,7 +76,7 @@ void TForceMatch::Fill(const std::vector<std::wstring>& indexes) {
     TSoftInfo info;
     // The first program of the list is never offered here; that stays so.
     if (index <= 0 || !GetSoftwareRecord(*software_, index, info)) continue;
-    TForceRow row;
+    ForceRow row;
     row.index = index;
     row.caption = CaptionOf(info);
     row.size = info.SizeText;
@@ -86,8 +86,8 @@ void TForceMatch::Fill(const std::vector<std::wstring>& indexes) {
   }
 }
 
-std::optional<TForceHandover> TForceMatch::Next(int selectedRow) const {
-  TForceHandover handover;
+std::optional<ForceHandover> ForceMatch::Next(int selectedRow) const {
+  ForceHandover handover;
   const int row = rows_.size() == 1 ? 0 : selectedRow;
   if (row >= 0 && row < static_cast<int>(rows_.size())) {
     // The list may have been rebuilt since the rows were filled: an index
@@ -106,7 +106,7 @@ std::optional<TForceHandover> TForceMatch::Next(int selectedRow) const {
   return handover;
 }
 
-const TSoftInfo* TForceMatch::RecordOf(int row) const {
+const TSoftInfo* ForceMatch::RecordOf(int row) const {
   if (!software_ || row < 0 || row >= static_cast<int>(rows_.size())) return nullptr;
   const int index = rows_[row].index;
   return index < static_cast<int>(software_->size()) ? software_->at(index).get() : nullptr;

@@ -10,7 +10,7 @@
 namespace varnel {
 
 // One program the forced-uninstall window lists.
-struct TForceRow {
+struct ForceRow {
   int index = -1;        // the record's index in the software list
   std::wstring caption;  // the name, "(x64)" after a 64-bit entry
   std::wstring size;
@@ -19,23 +19,23 @@ struct TForceRow {
 };
 
 // What Next hands to the uninstalling window.
-struct TForceHandover {
+struct ForceHandover {
   std::vector<std::wstring> jobs;
   int mode = 0;  // JobMode
 };
 
 // The forced-uninstall window without the window: the file chosen, the
 // programs it belongs to (or found by name), and what Next hands over.
-class TForceMatch {
+class ForceMatch {
  public:
-  explicit TForceMatch(const Platform& platform);
+  explicit ForceMatch(const Platform& platform);
 
   // Names a file without a product name; the language table supplies it.
   std::wstring UnknownText = L"Unknown";
 
   // The list the indexes point into; it must outlive the matching.
-  void SetSoftware(const TSoftList* list) { software_ = list; }
-  const TSoftList* Software() const { return software_; }
+  void SetSoftware(const SoftList* list) { software_ = list; }
+  const SoftList* Software() const { return software_; }
   // Forgets the file, the name and the rows (the window opens afresh).
   void Clear();
 
@@ -51,14 +51,14 @@ class TForceMatch {
 
   const std::wstring& File() const { return file_; }
   const std::wstring& Name() const { return name_; }
-  const std::vector<TForceRow>& Rows() const { return rows_; }
+  const std::vector<ForceRow>& Rows() const { return rows_; }
   // The list shows, the drop hint hides.
   bool ListShown() const { return !rows_.empty(); }
 
   // The one listed program, or the selected one of several, is uninstalled
   // as usual; otherwise the file itself is (forced mode). nullopt when there
   // is neither a program nor a file, or the row's record changed since.
-  std::optional<TForceHandover> Next(int selectedRow) const;
+  std::optional<ForceHandover> Next(int selectedRow) const;
   // The row's record; nullptr for a row outside the list.
   const TSoftInfo* RecordOf(int row) const;
 
@@ -66,10 +66,10 @@ class TForceMatch {
   void Fill(const std::vector<std::wstring>& indexes);
 
   Platform platform_;
-  const TSoftList* software_ = nullptr;
+  const SoftList* software_ = nullptr;
   std::wstring file_;
   std::wstring name_;
-  std::vector<TForceRow> rows_;
+  std::vector<ForceRow> rows_;
 };
 
 }  // namespace varnel

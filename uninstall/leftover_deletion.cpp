@@ -2,7 +2,7 @@
 
 #include <map>
 
-#include "core/date_time.h"
+#include "base/date_time.h"
 #include "core/registry_location.h"
 #include "uninstall/uninstall_log.h"
 

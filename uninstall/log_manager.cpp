@@ -1,13 +1,13 @@
 #include "uninstall/log_manager.h"
 
 #include "core/reboot_file_ops.h"
-#include "core/text.h"
+#include "base/text.h"
 #include "uninstall/uninstall_log.h"
 
 namespace varnel {
 
-std::vector<TLogFile> ListUninstallLogs(const Platform& platform) {
-  std::vector<TLogFile> logs;
+std::vector<SavedLog> ListUninstallLogs(const Platform& platform) {
+  std::vector<SavedLog> logs;
   const std::wstring folder = UninstallLogFolder(platform);
   if (folder.empty()) return logs;
   std::vector<FindEntry> entries;

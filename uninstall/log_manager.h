@@ -8,7 +8,7 @@
 
 namespace varnel {
 
-struct TLogFile {
+struct SavedLog {
   std::wstring name;  // file name, the list's caption
   std::wstring path;  // full path
   std::uint64_t size = 0;
@@ -17,7 +17,7 @@ struct TLogFile {
 
 // The log folder's files whose name holds ".Log" anywhere (ignoring case),
 // folders skipped, in the order the file system returns them.
-std::vector<TLogFile> ListUninstallLogs(const Platform& platform);
+std::vector<SavedLog> ListUninstallLogs(const Platform& platform);
 
 // Deletes a log, or schedules it for deletion at the next restart when it
 // cannot be deleted now; false when it is still there and could not even be

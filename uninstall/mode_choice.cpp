@@ -1,6 +1,6 @@
 #include "core/app_frame.h"
 #include "core/data_folder.h"
-#include "ui/ext_ini_file.h"
+#include "base/ext_ini_file.h"
 #include "uninstall/uninstall_sequence.h"
 
 namespace varnel {

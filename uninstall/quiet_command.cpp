@@ -8,7 +8,7 @@
 
 #include "core/app_frame.h"
 #include "core/registry_values.h"
-#include "core/text.h"
+#include "base/text.h"
 #include "core/uninstall_command.h"
 
 namespace varnel {

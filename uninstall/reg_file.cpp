@@ -2,7 +2,7 @@
 
 #include <cwchar>
 
-#include "core/text.h"
+#include "base/text.h"
 
 namespace varnel {
 

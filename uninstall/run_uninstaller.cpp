@@ -3,7 +3,7 @@
 #include <array>
 
 #include "core/app_frame.h"
-#include "core/text.h"
+#include "base/text.h"
 #include "leftovers/other_programs.h"
 #include "platform/shell.h"
 #include "uninstall/addon_removal.h"
@@ -19,7 +19,7 @@ constexpr unsigned kPollMs = 50;
 
 }  // namespace
 
-TUninstallRunner::TUninstallRunner(const Platform& platform, std::atomic<bool>& stop,
+UninstallRunner::UninstallRunner(const Platform& platform, std::atomic<bool>& stop,
                                    std::function<void(const std::wstring&)> showCaption,
                                    std::function<void()> processMessages)
     : platform_(platform),
@@ -27,7 +27,7 @@ TUninstallRunner::TUninstallRunner(const Platform& platform, std::atomic<bool>& 
       showCaption_(std::move(showCaption)),
       processMessages_(std::move(processMessages)) {}
 
-bool TUninstallRunner::IsBrowserImage(std::wstring_view imageName) {
+bool UninstallRunner::IsBrowserImage(std::wstring_view imageName) {
   static constexpr std::array<std::wstring_view, 5> kBrowsers = {
       L"iexplore.exe", L"firefox.exe", L"chrome.exe", L"opera.exe", L"safari.exe"};
   const std::wstring lower = text::Lower(imageName);
@@ -37,10 +37,10 @@ bool TUninstallRunner::IsBrowserImage(std::wstring_view imageName) {
   return false;
 }
 
-TUninstallRun TUninstallRunner::RunUninstaller(const TSoftList& list, int index,
+UninstallRun UninstallRunner::RunUninstaller(const SoftList& list, int index,
                                                const std::wstring& caption,
                                                const std::wstring& command) {
-  TUninstallRun run;
+  UninstallRun run;
   if (index < 0 || index >= static_cast<int>(list.size()) || !list[index]) return run;
   const TSoftInfo& record = *list[index];
   run.index = index;

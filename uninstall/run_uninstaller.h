@@ -14,7 +14,7 @@
 namespace varnel {
 
 // What one run of a program's uninstaller did.
-struct TUninstallRun {
+struct UninstallRun {
   int index = -1;
   std::wstring name;     // the record's display name; empty when nothing was run
   std::wstring command;  // the command started, after path-macro expansion
@@ -32,17 +32,17 @@ struct TUninstallRun {
 // Runs a record's uninstaller in a job object and polls the job until only
 // browsers (or nothing) are left in it, or the stop flag is set, or the job
 // cannot be asked more than ten times. Never kills what it started.
-class TUninstallRunner {
+class UninstallRunner {
  public:
   // `showCaption` receives the waiting caption at every pass; `processMessages`
   // runs at every pass (both may be empty).
-  TUninstallRunner(const Platform& platform, std::atomic<bool>& stop,
+  UninstallRunner(const Platform& platform, std::atomic<bool>& stop,
                    std::function<void(const std::wstring&)> showCaption,
                    std::function<void()> processMessages);
 
   // `caption` is the caption's text when the run begins. `command`, when not
   // empty, is run instead of the record's uninstall string (a quiet form).
-  TUninstallRun RunUninstaller(const TSoftList& list, int index, const std::wstring& caption,
+  UninstallRun RunUninstaller(const SoftList& list, int index, const std::wstring& caption,
                                const std::wstring& command = {});
 
   // The programs a finished uninstaller may leave open on a farewell page.

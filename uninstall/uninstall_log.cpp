@@ -2,12 +2,12 @@
 
 #include "core/app_frame.h"
 #include "core/data_folder.h"
-#include "core/date_time.h"
+#include "base/date_time.h"
 #include "core/directory_tree.h"
 #include "core/file_version.h"
 #include "core/os_name.h"
-#include "core/text.h"
-#include "core/text_file.h"
+#include "base/text.h"
+#include "base/text_file.h"
 
 namespace varnel {
 

@@ -4,9 +4,9 @@
 #include <limits>
 #include <utility>
 
-#include "core/date_time.h"
+#include "base/date_time.h"
 #include "core/protected_places.h"
-#include "core/text.h"
+#include "base/text.h"
 #include "leftovers/other_programs.h"
 #include "leftovers/scan_driver.h"
 #include "uninstall/backup.h"
@@ -34,23 +34,23 @@ int ParseJobIndex(std::wstring_view entry) {
 
 }  // namespace
 
-TUninstallSequence::TUninstallSequence(const Platform& platform, IUninstallView& view,
-                                       TUninstallTexts texts, Options options)
+UninstallSequence::UninstallSequence(const Platform& platform, IUninstallView& view,
+                                       UninstallTexts texts, Options options)
     : platform_(platform), view_(view), texts_(std::move(texts)), options_(std::move(options)) {}
 
-TUninstallSequence::TUninstallSequence(const Platform& platform, IUninstallView& view,
-                                       TUninstallTexts texts)
-    : TUninstallSequence(platform, view, std::move(texts), Options{}) {}
+UninstallSequence::UninstallSequence(const Platform& platform, IUninstallView& view,
+                                       UninstallTexts texts)
+    : UninstallSequence(platform, view, std::move(texts), Options{}) {}
 
-TUninstallSequence::~TUninstallSequence() = default;
+UninstallSequence::~UninstallSequence() = default;
 
-void TUninstallSequence::SetJobs(const std::vector<std::wstring>* jobs, int mode) {
+void UninstallSequence::SetJobs(const std::vector<std::wstring>* jobs, int mode) {
   if (!jobs) return;
   jobs_ = *jobs;
   mode_ = mode;
 }
 
-void TUninstallSequence::Prepare() {
+void UninstallSequence::Prepare() {
   cancel_ = false;
   view_.SetStep(-1);
   view_.SetCaption(StepLine::RestorePoint, texts_.CreateRestorePoint);
@@ -58,13 +58,13 @@ void TUninstallSequence::Prepare() {
   view_.SetCaption(StepLine::Uninstalling, texts_.StandardUninstall);
 }
 
-void TUninstallSequence::Cancel() {
+void UninstallSequence::Cancel() {
   cancel_ = true;
   stop_ = true;
-  if (TScanDriver* driver = scanning_.load()) driver->Stop();
+  if (ScanDriver* driver = scanning_.load()) driver->Stop();
 }
 
-void TUninstallSequence::Run() {
+void UninstallSequence::Run() {
   runs_.clear();
   logFile_.clear();
   forced_.reset();
@@ -87,7 +87,7 @@ void TUninstallSequence::Run() {
   }
 }
 
-void TUninstallSequence::UninstallStep() {
+void UninstallSequence::UninstallStep() {
   view_.SetStep(1);
   std::vector<std::wstring> lines;
   if (mode_ == JobMode::Uninstall) {
@@ -99,10 +99,10 @@ void TUninstallSequence::UninstallStep() {
   if (!cancel_) logFile_ = WriteUninstallLog(platform_, lines);
 }
 
-void TUninstallSequence::UninstallPrograms(std::vector<std::wstring>& lines) {
-  static const TSoftList kNoSoftware;
-  const TSoftList& list = software_ ? *software_ : kNoSoftware;
-  TUninstallRunner runner(
+void UninstallSequence::UninstallPrograms(std::vector<std::wstring>& lines) {
+  static const SoftList kNoSoftware;
+  const SoftList& list = software_ ? *software_ : kNoSoftware;
+  UninstallRunner runner(
       platform_, stop_,
       [this](const std::wstring& caption) { view_.SetCaption(StepLine::Uninstalling, caption); },
       [this] { view_.ProcessMessages(); });
@@ -115,7 +115,7 @@ void TUninstallSequence::UninstallPrograms(std::vector<std::wstring>& lines) {
     if (options_.commandFor && index < static_cast<int>(list.size()) && list[index]) {
       command = options_.commandFor(*list[index]);
     }
-    TUninstallRun run =
+    UninstallRun run =
         runner.RunUninstaller(list, index, view_.Caption(StepLine::Uninstalling), command);
     run.index = index;
     AppendLogBlock(lines, run.name,
@@ -128,7 +128,7 @@ void TUninstallSequence::UninstallPrograms(std::vector<std::wstring>& lines) {
   view_.HideUninstallMarker();
 }
 
-void TUninstallSequence::ForcedUninstall(std::vector<std::wstring>& lines) {
+void UninstallSequence::ForcedUninstall(std::vector<std::wstring>& lines) {
   const std::wstring file = jobs_.empty() ? std::wstring() : jobs_.front();
   if (!file.empty() && platform_.files.FileExists(file)) DeleteForcedFile(file);
   AppendLogBlock(lines, text::ExtractFileName(file), texts_.ForcedUninstall);
@@ -138,7 +138,7 @@ void TUninstallSequence::ForcedUninstall(std::vector<std::wstring>& lines) {
 
 // The file is whatever the user pointed at: the guard decides whether it may
 // go, and a locked one goes at the next start.
-void TUninstallSequence::DeleteForcedFile(const std::wstring& file) {
+void UninstallSequence::DeleteForcedFile(const std::wstring& file) {
   Backup* backup = options_.backup;
   if (!backup && !options_.noBackup) {
     ownBackup_ = Backup::Begin(platform_);
@@ -151,7 +151,7 @@ void TUninstallSequence::DeleteForcedFile(const std::wstring& file) {
   forced_ = guard.DeleteSingleFile(file);
 }
 
-void TUninstallSequence::AppendLogBlock(std::vector<std::wstring>& lines, const std::wstring& name,
+void UninstallSequence::AppendLogBlock(std::vector<std::wstring>& lines, const std::wstring& name,
                                         const std::wstring& operation) {
   lines.push_back(L"[" + name + L"]");
   lines.push_back(texts_.Operation + L":" + operation);
@@ -159,7 +159,7 @@ void TUninstallSequence::AppendLogBlock(std::vector<std::wstring>& lines, const 
   lines.emplace_back();
 }
 
-std::vector<std::wstring> TUninstallSequence::OtherProgramFolders() const {
+std::vector<std::wstring> UninstallSequence::OtherProgramFolders() const {
   if (!software_) return {};
   // The one routine the scan uses, so that the guard keeps exactly what the
   // scan would not offer.
@@ -169,10 +169,10 @@ std::vector<std::wstring> TUninstallSequence::OtherProgramFolders() const {
   return varnel::OtherProgramFolders(platform_, *software_, jobs);
 }
 
-int TUninstallSequence::Scan(TScanDriver& driver, const IImageList* listImages, IResultsTree& tree,
+int UninstallSequence::Scan(ScanDriver& driver, const IImageList* listImages, IResultsTree& tree,
                              IImageList* treeImages) {
-  static const TSoftList kNoSoftware;
-  const TSoftList& list = software_ ? *software_ : kNoSoftware;
+  static const SoftList kNoSoftware;
+  const SoftList& list = software_ ? *software_ : kNoSoftware;
   view_.SetStep(3);
   // The programs of one batch may share folders: none protects another's.
   std::vector<int> together;

@@ -17,7 +17,7 @@
 namespace varnel {
 
 class Backup;
-class TScanDriver;
+class ScanDriver;
 class IResultsTree;
 class IImageList;
 
@@ -30,7 +30,7 @@ constexpr int Forced = 1;     // the first entry is a file path
 // restore point, registry backup, each program's uninstaller in turn, the
 // day's log, then the completion notice (Standard) or the leftover scan
 // (Advanced). The window, the console tool and the tests drive it alike.
-class TUninstallSequence {
+class UninstallSequence {
  public:
   struct Options {
     bool restorePoint = true;  // the console tool makes one only when asked
@@ -47,20 +47,20 @@ class TUninstallSequence {
     bool noBackup = false;
   };
 
-  TUninstallSequence(const Platform& platform, IUninstallView& view, TUninstallTexts texts,
+  UninstallSequence(const Platform& platform, IUninstallView& view, UninstallTexts texts,
                      Options options);
-  TUninstallSequence(const Platform& platform, IUninstallView& view, TUninstallTexts texts);
-  ~TUninstallSequence();
-  TUninstallSequence(const TUninstallSequence&) = delete;
-  TUninstallSequence& operator=(const TUninstallSequence&) = delete;
+  UninstallSequence(const Platform& platform, IUninstallView& view, UninstallTexts texts);
+  ~UninstallSequence();
+  UninstallSequence(const UninstallSequence&) = delete;
+  UninstallSequence& operator=(const UninstallSequence&) = delete;
 
   // The software list the job indexes point into; it must outlive the run.
-  void SetSoftware(const TSoftList* list) { software_ = list; }
+  void SetSoftware(const SoftList* list) { software_ = list; }
   // A missing list changes nothing; otherwise the jobs are replaced.
   void SetJobs(const std::vector<std::wstring>* jobs, int mode);
   const std::vector<std::wstring>& Jobs() const { return jobs_; }
   int Mode() const { return mode_; }
-  const TUninstallTexts& Texts() const { return texts_; }
+  const UninstallTexts& Texts() const { return texts_; }
 
   // The window is about to show: clears the cancel flag, hides the markers
   // and sets the three step captions.
@@ -74,7 +74,7 @@ class TUninstallSequence {
 
   // "Powerful Scan": scans every job's program (or the forced file) into
   // `tree`; returns the number of branches added.
-  int Scan(TScanDriver& driver, const IImageList* listImages, IResultsTree& tree,
+  int Scan(ScanDriver& driver, const IImageList* listImages, IResultsTree& tree,
            IImageList* treeImages);
 
   // The install folders of every listed program but the jobs' own: the
@@ -82,7 +82,7 @@ class TUninstallSequence {
   std::vector<std::wstring> OtherProgramFolders() const;
 
   // What each program's run did, in job order; for the console tool.
-  const std::vector<TUninstallRun>& Runs() const { return runs_; }
+  const std::vector<UninstallRun>& Runs() const { return runs_; }
   // The day's log file the run wrote to; empty when nothing was written.
   const std::wstring& LogFile() const { return logFile_; }
   // What the guard did with the forced file; empty when no file was handed
@@ -109,15 +109,15 @@ class TUninstallSequence {
 
   Platform platform_;
   IUninstallView& view_;
-  TUninstallTexts texts_;
+  UninstallTexts texts_;
   Options options_;
-  const TSoftList* software_ = nullptr;
+  const SoftList* software_ = nullptr;
   std::vector<std::wstring> jobs_;
   int mode_ = JobMode::Uninstall;
   std::atomic<bool> cancel_{false};
   std::atomic<bool> stop_{false};  // the run step's wait
-  std::atomic<TScanDriver*> scanning_{nullptr};
-  std::vector<TUninstallRun> runs_;
+  std::atomic<ScanDriver*> scanning_{nullptr};
+  std::vector<UninstallRun> runs_;
   std::wstring logFile_;
   std::optional<DeletionOutcome> forced_;
   std::unique_ptr<Backup> ownBackup_;

@@ -6,7 +6,7 @@ namespace varnel {
 
 // The uninstalling window's message texts with their built-in English; the
 // window replaces them from its language table, the console tool keeps them.
-struct TUninstallTexts {
+struct UninstallTexts {
   std::wstring NoLeftFind = L"No left items found.";
   std::wstring CreateRestorePoint = L"Creating System Restore Point";
   std::wstring CreateRegBackup = L"Creating a full registry backup";

@@ -29,7 +29,7 @@ std::thread StartWorker(unsigned delayMs, std::function<void()> work, std::atomi
 
 }  // namespace
 
-void TUninstallSequence::RunOnWorker(StepLine line, std::function<void()> work, unsigned sleepMs,
+void UninstallSequence::RunOnWorker(StepLine line, std::function<void()> work, unsigned sleepMs,
                                      int counterWrap, int dotsDivisor) {
   std::atomic<bool> finished{false};
   std::thread worker = StartWorker(options_.workerDelayMs, std::move(work), finished);
@@ -37,7 +37,7 @@ void TUninstallSequence::RunOnWorker(StepLine line, std::function<void()> work, 
   if (worker.joinable()) worker.join();
 }
 
-void TUninstallSequence::WaitWithDots(StepLine line, const std::atomic<bool>& finished,
+void UninstallSequence::WaitWithDots(StepLine line, const std::atomic<bool>& finished,
                                       unsigned sleepMs, int counterWrap, int dotsDivisor) {
   const std::wstring caption = view_.Caption(line);
   int counter = 0;
@@ -51,7 +51,7 @@ void TUninstallSequence::WaitWithDots(StepLine line, const std::atomic<bool>& fi
   }
 }
 
-void TUninstallSequence::RestorePointStep() {
+void UninstallSequence::RestorePointStep() {
   IRestorePoints& points = platform_.restorePoints;
   // The point is opened and never closed, so that the uninstall that follows
   // belongs to it.
@@ -61,7 +61,7 @@ void TUninstallSequence::RestorePointStep() {
   view_.SetCaption(StepLine::RestorePoint, texts_.CreateRPFinish);
 }
 
-void TUninstallSequence::RegBackupStep() {
+void UninstallSequence::RegBackupStep() {
   // The step keeps its place and captions in the sequence; no backup is made.
   RunOnWorker(StepLine::RegBackup, [] {}, 10, 250, 50);
   view_.SetCaption(StepLine::RegBackup, texts_.CreateRBFinish);

@@ -1,7 +1,7 @@
 #include <algorithm>
 #include <array>
 
-#include "core/text.h"
+#include "base/text.h"
 #include "platform/memory/memory_platform.h"
 
 namespace varnel::mem {

@@ -1,4 +1,4 @@
-#include "core/text.h"
+#include "base/text.h"
 #include "platform/memory/memory_platform.h"
 
 namespace varnel::mem {

@@ -1,4 +1,4 @@
-#include "core/text.h"
+#include "base/text.h"
 #include "platform/md5.h"
 #include "platform/memory/memory_platform.h"
 

@@ -18,7 +18,7 @@
 
 #include "core/directory_tree.h"
 #include "core/os_name.h"
-#include "core/text.h"
+#include "base/text.h"
 #include "platform/win32/win32_platform.h"
 #include "tests/gui/gui_driver.h"
 #include "ui/forms/form_ids.h"

@@ -3,7 +3,7 @@
 #include <chrono>
 #include <random>
 
-#include "core/text.h"
+#include "base/text.h"
 #include "platform/memory/memory_platform.h"
 #ifdef _WIN32
 #include "platform/win32/win32_platform.h"

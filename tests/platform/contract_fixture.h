@@ -4,7 +4,7 @@
 
 #include <memory>
 
-#include "core/text.h"
+#include "base/text.h"
 #include "tests/platform/backend_world.h"
 
 namespace varnel::testing_support {

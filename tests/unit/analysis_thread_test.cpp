@@ -8,12 +8,12 @@
 #include <thread>
 #include <vector>
 
-#include "core/date_time.h"
-#include "core/text.h"
+#include "base/date_time.h"
+#include "base/text.h"
 #include "inventory/analysis_thread.h"
 #include "inventory/software_cache.h"
 #include "platform/memory/memory_platform.h"
-#include "ui/ext_ini_file.h"
+#include "base/ext_ini_file.h"
 
 namespace varnel {
 namespace {
@@ -115,8 +115,8 @@ class AnalysisThreadTest : public testing::Test {
   TDateTime InstalledDate() { return FileTimeToLocalDateTime(m.system, installed); }
 
   mem::MemoryPlatform m;
-  TGuiDispatcher dispatcher;
-  TSoftList list;
+  GuiDispatcher dispatcher;
+  SoftList list;
   FakeView view;
   FileTime installed = 0, used = 0;
 };

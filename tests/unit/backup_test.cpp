@@ -3,7 +3,7 @@
 #include <cstring>
 #include <map>
 
-#include "core/text.h"
+#include "base/text.h"
 #include "platform/memory/memory_platform.h"
 #include "uninstall/backup.h"
 #include "uninstall/deletion_guard.h"

@@ -4,7 +4,7 @@
 #include <limits>
 #include <string>
 
-#include "core/date_time.h"
+#include "base/date_time.h"
 #include "platform/memory/memory_platform.h"
 
 namespace varnel {

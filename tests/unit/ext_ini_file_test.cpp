@@ -1,4 +1,4 @@
-#include "ui/ext_ini_file.h"
+#include "base/ext_ini_file.h"
 
 #include <gtest/gtest.h>
 
@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "core/text.h"
+#include "base/text.h"
 #include "platform/memory/memory_platform.h"
 
 namespace varnel {

@@ -33,13 +33,13 @@ class ForceMatchTest : public testing::Test {
   }
   std::vector<int> RowIndexes() const {
     std::vector<int> indexes;
-    for (const TForceRow& row : match.Rows()) indexes.push_back(row.index);
+    for (const ForceRow& row : match.Rows()) indexes.push_back(row.index);
     return indexes;
   }
   static constexpr const wchar_t* kFile = L"C:\\Shared\\app.exe";
   mem::MemoryPlatform m;
-  TSoftList list;
-  TForceMatch match{m.Get()};
+  SoftList list;
+  ForceMatch match{m.Get()};
 };
 
 TEST_F(ForceMatchTest, ProgramsSharingTheFolderAreListedAndNextWithoutSelectionForcesTheFile) {

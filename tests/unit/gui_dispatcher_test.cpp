@@ -14,7 +14,7 @@ namespace {
 using namespace std::chrono_literals;
 
 TEST(GuiDispatcherTest, OnTheGuiThreadInvokeRunsAtOnce) {
-  TGuiDispatcher dispatcher;
+  GuiDispatcher dispatcher;
   int ran = 0;
   EXPECT_TRUE(dispatcher.Invoke([&] { ++ran; }));
   EXPECT_EQ(ran, 1);
@@ -22,7 +22,7 @@ TEST(GuiDispatcherTest, OnTheGuiThreadInvokeRunsAtOnce) {
 }
 
 TEST(GuiDispatcherTest, WorkerHandOversRunOnTheGuiThreadAndWakeIt) {
-  TGuiDispatcher dispatcher;
+  GuiDispatcher dispatcher;
   const auto gui = std::this_thread::get_id();
   std::atomic<int> wakeUps{0};
   dispatcher.SetWakeUp([&] { ++wakeUps; });
@@ -44,7 +44,7 @@ TEST(GuiDispatcherTest, WorkerHandOversRunOnTheGuiThreadAndWakeIt) {
 }
 
 TEST(GuiDispatcherTest, CloseReleasesWaitingWorkersUnserved) {
-  TGuiDispatcher dispatcher;
+  GuiDispatcher dispatcher;
   std::atomic<bool> queued{false};
   dispatcher.SetWakeUp([&] { queued = true; });
   bool ran = false;
@@ -69,7 +69,7 @@ TEST(GuiDispatcherTest, CloseReleasesWaitingWorkersUnserved) {
 }
 
 TEST(GuiDispatcherTest, AFailingHandOverFailsItsInvokerNotTheGuiThread) {
-  TGuiDispatcher dispatcher;
+  GuiDispatcher dispatcher;
   auto worker = std::async(std::launch::async, [&] {
     try {
       dispatcher.Invoke([] { throw std::runtime_error("row"); });

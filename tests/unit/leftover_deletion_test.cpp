@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "core/text_file.h"
+#include "base/text_file.h"
 #include "platform/memory/memory_platform.h"
 #include "uninstall/leftover_deletion.h"
 #include "uninstall/uninstall_log.h"

@@ -4,7 +4,7 @@
 #include <string>
 
 #include "core/app_frame.h"
-#include "core/text.h"
+#include "base/text.h"
 #include "leftovers/scan_steps.h"
 #include "platform/csidl.h"
 #include "scan_world.h"

@@ -204,11 +204,11 @@ class ScanDriverTest : public testing::Test {
   }
   int Scan() { return driver.ScanProgram(list, &listImages, 0, tree, L"", &treeImages); }
   ScanWorld w;
-  TSoftList list;
+  SoftList list;
   FakeImages listImages, treeImages;
   FakeTree tree;
   int steps = 0;
-  TScanDriver driver{w.m.Get(), [this] {
+  ScanDriver driver{w.m.Get(), [this] {
                        if (++steps == stopAt) driver.Stop();
                      }};
   int stopAt = -1;

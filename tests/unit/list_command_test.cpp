@@ -3,7 +3,7 @@
 #include <nlohmann/json.hpp>
 
 #include "cli/list_command.h"
-#include "core/text.h"
+#include "base/text.h"
 #include "platform/memory/memory_platform.h"
 
 namespace varnel {

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <memory>
 
-#include "core/date_time.h"
+#include "base/date_time.h"
 #include "inventory/software_info.h"
 #include "platform/memory/memory_platform.h"
 #include "ui/main_window_state.h"
@@ -25,7 +25,7 @@ std::unique_ptr<TSoftInfo> Record(std::wstring name) {
   return info;
 }
 
-std::vector<std::wstring> Names(const std::vector<TSoftRow>& rows) {
+std::vector<std::wstring> Names(const std::vector<SoftRow>& rows) {
   std::vector<std::wstring> names;
   for (const auto& row : rows) names.push_back(row.caption);
   return names;
@@ -36,7 +36,7 @@ TEST(SoftwareRows, CategoriesMapToFiltersAndFiltersKeepTheirThresholds) {
   for (int b = -1; b <= 6; ++b) filters.push_back(CategoryFilter(b));
   EXPECT_EQ(filters, (std::vector<int>{-1, 1, 2, 4, 5, 6, 3, -1}));
 
-  TSoftList list;
+  SoftList list;
   list.push_back(Record(L"Plain"));
   list.push_back(Record(L"Bar"));
   list.back()->IsToolbar = true;
@@ -71,7 +71,7 @@ TEST(SoftwareRows, CategoriesMapToFiltersAndFiltersKeepTheirThresholds) {
 }
 
 TEST(SoftwareRows, SearchIgnoresCaseAndRowsCarryTheSubItemsInOrder) {
-  TSoftList list;
+  SoftList list;
   list.push_back(Record(L"LibreWriter Office"));
   list.push_back(Record(L"Notes"));
   list.push_back(Record(L"office tools"));
@@ -89,7 +89,7 @@ TEST(SoftwareRows, SearchIgnoresCaseAndRowsCarryTheSubItemsInOrder) {
 
   auto rows = SelectRows(list, ListFilter::Programs, L"OFFICE", kNow);
   ASSERT_EQ(Names(rows), (std::vector<std::wstring>{L"LibreWriter Office", L"office tools(x64)"}));
-  const TSoftRow& row = rows[1];
+  const SoftRow& row = rows[1];
   EXPECT_EQ(row.index, 2);
   EXPECT_EQ(row.image, 7);
   EXPECT_EQ(std::vector<std::wstring>(row.sub.begin(), row.sub.end()),
@@ -101,7 +101,7 @@ TEST(SoftwareRows, SearchIgnoresCaseAndRowsCarryTheSubItemsInOrder) {
 }
 
 TEST(MainWindowState, SameCategoryDoesNotRefillUntilAResetAndColumnsFlipTheirOwnFlag) {
-  TMainWindowState state;
+  MainWindowState state;
   EXPECT_TRUE(state.ChooseCategory(0));
   EXPECT_FALSE(state.ChooseCategory(0));
   EXPECT_TRUE(state.ChooseCategory(5));
@@ -168,7 +168,7 @@ TEST(RowCompare, DatesParseInTheUserFormatAndEmptyIsSmallest) {
   EXPECT_EQ(CompareDateTexts(m.system, L"01.01.2020", L" "), 1);
   EXPECT_EQ(CompareDateTexts(m.system, L"", L""), -1);
 
-  TSoftRow a, b;
+  SoftRow a, b;
   a.caption = L"alpha";
   b.caption = L"Beta";
   a.sub[SubItem::SizeText] = L"1.00 GB";
@@ -183,7 +183,7 @@ TEST(RowCompare, DatesParseInTheUserFormatAndEmptyIsSmallest) {
 
 TEST(RowDetails, LabelsShowOnlyWithTextAndDashIsNoLink) {
   EXPECT_TRUE(DetailsOf(nullptr).idlePicture);
-  TSoftRow row;
+  SoftRow row;
   row.caption = L"Notes";
   row.sub[SubItem::Version] = L"1.0";
   row.sub[SubItem::HelpLink] = L"-";
@@ -199,13 +199,13 @@ TEST(RowDetails, LabelsShowOnlyWithTextAndDashIsNoLink) {
 
 TEST(SoftCommands, MenuStateFollowsFolderAndRegistryOfTheRow) {
   mem::MemoryPlatform m;
-  EXPECT_FALSE(SoftMenuState(m.Get(), nullptr).uninstall);
-  TSoftRow row;
+  EXPECT_FALSE(MenuStateFor(m.Get(), nullptr).uninstall);
+  SoftRow row;
   row.sub[SubItem::InstallLocation] = L"C:\\Apps\\Notes\\";
   row.sub[SubItem::RootKey] = L"HKEY_LOCAL_MACHINE";
   row.sub[SubItem::KeyPath] = L"\\SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\Notes";
   row.sub[SubItem::Is64BitView] = L"-1";
-  auto state = SoftMenuState(m.Get(), &row);
+  auto state = MenuStateFor(m.Get(), &row);
   EXPECT_TRUE(state.uninstall);
   EXPECT_TRUE(state.searchOnline);
   EXPECT_FALSE(state.openFolder);
@@ -215,11 +215,11 @@ TEST(SoftCommands, MenuStateFollowsFolderAndRegistryOfTheRow) {
   // In the other view only: still no entry to view.
   m.registry.SetString(RegRoot::LocalMachine, row.sub[SubItem::KeyPath].substr(1), L"DisplayName",
                        L"Notes", false);
-  state = SoftMenuState(m.Get(), &row);
+  state = MenuStateFor(m.Get(), &row);
   EXPECT_TRUE(state.openFolder);
   EXPECT_FALSE(state.viewEntry);
   row.sub[SubItem::Is64BitView] = L"0";
-  EXPECT_TRUE(SoftMenuState(m.Get(), &row).viewEntry);
+  EXPECT_TRUE(MenuStateFor(m.Get(), &row).viewEntry);
   EXPECT_EQ(RegistryKeyOf(row),
             L"HKEY_LOCAL_MACHINE\\SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\Notes");
 }
@@ -251,7 +251,7 @@ TEST(SoftCommands, HelpLinkFallsBackToTheBrowserAndJobsFollowBatchMode) {
   EXPECT_EQ(m.shell.calls[1].file, L"iexplore.exe");
   EXPECT_EQ(m.shell.calls[1].parameters, L"https://example.org");
 
-  TSoftRow a, b;
+  SoftRow a, b;
   a.sub[SubItem::RecordIndex] = L"4";
   b.sub[SubItem::RecordIndex] = L"9";
   using Jobs = std::vector<std::wstring>;
@@ -270,7 +270,7 @@ class InventoryCommandsTest : public testing::Test {
     m.registry.SetString(RegRoot::LocalMachine, path, L"UninstallString", L"C:\\u.exe", false);
   }
   mem::MemoryPlatform m;
-  TGuiDispatcher dispatcher;
+  GuiDispatcher dispatcher;
 };
 
 TEST_F(InventoryCommandsTest, RemoveEntryDeletesTheKeyAndRefreshRebuildsTheList) {

@@ -3,7 +3,7 @@
 #include <string>
 
 #include "core/path_macros.h"
-#include "core/text.h"
+#include "base/text.h"
 #include "platform/csidl.h"
 #include "platform/memory/memory_platform.h"
 

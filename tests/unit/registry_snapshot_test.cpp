@@ -4,7 +4,7 @@
 #include <stdexcept>
 
 #include "core/registry_snapshot.h"
-#include "core/text.h"
+#include "base/text.h"
 #include "inventory/uninstall_keys.h"
 #include "platform/memory/memory_platform.h"
 
@@ -110,7 +110,7 @@ class RegistrySnapshotTest : public testing::Test {
 
 TEST_F(RegistrySnapshotTest, CopyTakenByManyReadersWalksLikeTheLiveRegistryAndStaysAsTaken) {
   SharedRegistry shared(reg);
-  TRegistrySnapshot copy(shared);
+  RegistrySnapshot copy(shared);
   copy.Capture({{kMachine, L"\\Software\\Vendors\\", false}});
   const auto live = Walk(reg, false);
   ASSERT_EQ(live.size(), 1u + 12 * (2 + 5 + 5 * 2));
@@ -155,10 +155,10 @@ TEST_F(RegistrySnapshotTest, CopyTakenByManyReadersWalksLikeTheLiveRegistryAndSt
 TEST_F(RegistrySnapshotTest, AReaderThatFailsFailsTheCopyAfterEveryThreadEnded) {
   SharedRegistry shared(reg);
   shared.poison = L"Software\\Vendors\\V7\\App2";
-  TRegistrySnapshot copy(shared);
+  RegistrySnapshot copy(shared);
   EXPECT_THROW(copy.Capture({{kMachine, L"Software\\Vendors", false}}), std::runtime_error);
   // A missing tree is an empty copy, not an error.
-  TRegistrySnapshot empty(reg);
+  RegistrySnapshot empty(reg);
   empty.Capture({{kMachine, L"Software\\Missing", false}});
   EXPECT_FALSE(empty.KeyExists(kMachine, L"Software\\Missing", false));
 }

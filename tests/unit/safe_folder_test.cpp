@@ -2,7 +2,7 @@
 
 #include "core/safe_folder.h"
 #include "core/shell_command.h"
-#include "core/text.h"
+#include "base/text.h"
 #include "platform/memory/memory_platform.h"
 
 namespace varnel {

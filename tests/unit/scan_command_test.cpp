@@ -4,7 +4,7 @@
 
 #include "cli/list_command.h"
 #include "cli/scan_command.h"
-#include "core/text.h"
+#include "base/text.h"
 #include "platform/memory/memory_platform.h"
 
 namespace varnel {
@@ -67,7 +67,7 @@ TEST_F(ScanCommandTest, ASavedRecordIsScannedAndPrintedAsJson) {
 }
 
 TEST_F(ScanCommandTest, ANameWinsOverAnIndex) {
-  TSoftList list;
+  SoftList list;
   for (const wchar_t* name : {L"Zero", L"2", L"One", L"Hidden"}) {
     list.push_back(std::make_unique<TSoftInfo>());
     list.back()->Name = name;

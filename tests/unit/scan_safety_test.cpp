@@ -36,7 +36,7 @@ TEST(ScanSafetyTest, AHostileEntryOfEveryKindOffersNoFileAndNoFolderFinding) {
     w.m.files.AddFile(c.bait, "x");
     w.Set(HKLM, L"\\SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Run", L"Bait", c.bait);
     w.Set(HKLM, L"\\SYSTEM\\CurrentControlSet\\services\\Bait", L"ImagePath", c.bait);
-    TSoftList list;
+    SoftList list;
     list.push_back(std::make_unique<TSoftInfo>(w.record));
     list[0]->InstallLocation = c.location;
     list[0]->Name = c.name;
@@ -45,7 +45,7 @@ TEST(ScanSafetyTest, AHostileEntryOfEveryKindOffersNoFileAndNoFolderFinding) {
     list.push_back(std::make_unique<TSoftInfo>(w.record));
     list[1]->Name = L"Other App";
     list[1]->InstallLocation = L"C:\\Program Files\\Other App";
-    TScanDriver driver(w.m.Get());
+    ScanDriver driver(w.m.Get());
     const auto found = driver.Collect(list, 0, L"", nullptr);
     EXPECT_TRUE(found.Files.empty()) << c.location << " offers " << found.Files[0].Path;
     EXPECT_TRUE(found.Registry.empty()) << c.location << " offers " << found.Registry[0].KeyPath;
@@ -76,7 +76,7 @@ TEST(ScanSafetyTest, OnlyALooseToolbarInTheProgramsOwnFolderIsPartOfIt) {
     w.m.files.AddFile(L"C:\\Program Files\\Acme\\Bar\\bar.dll", "MZ");
     w.m.files.AddFile(L"C:\\Users\\test\\AppData\\Roaming\\Bar\\bar.dll", "MZ");
     w.m.files.SetShortName(L"C:\\Program Files", L"PROGRA~1");
-    TSoftList list;
+    SoftList list;
     list.push_back(std::make_unique<TSoftInfo>(w.record));
     list[0]->InstallLocation = c.program;
     list.push_back(std::make_unique<TSoftInfo>());
@@ -88,7 +88,7 @@ TEST(ScanSafetyTest, OnlyALooseToolbarInTheProgramsOwnFolderIsPartOfIt) {
     EXPECT_EQ(others.size() == 1, c.protectedFolder) << c.program << " / " << c.toolbar;
     if (c.protectedFolder) continue;
     // The program's own folder is scanned as such.
-    TScanDriver driver(w.m.Get());
+    ScanDriver driver(w.m.Get());
     const auto found = driver.Collect(list, 0, L"", nullptr);
     EXPECT_FALSE(found.Files.empty()) << c.program << " / " << c.toolbar;
   }

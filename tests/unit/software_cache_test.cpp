@@ -2,10 +2,10 @@
 
 #include <string>
 
-#include "core/date_time.h"
+#include "base/date_time.h"
 #include "inventory/software_cache.h"
 #include "platform/memory/memory_platform.h"
-#include "ui/ext_ini_file.h"
+#include "base/ext_ini_file.h"
 
 namespace varnel {
 namespace {
@@ -58,7 +58,7 @@ class ApplySoftwareCacheTest : public testing::Test {
 
   mem::MemoryPlatform m;
   TExtIniFile ini;
-  TSoftList list;
+  SoftList list;
 };
 
 TEST_F(ApplySoftwareCacheTest, MatchingEntryFillsTheEmptyFields) {

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "core/text.h"
+#include "base/text.h"
 #include "inventory/browser_extensions.h"
 #include "inventory/software_info.h"
 #include "inventory/toolbar_discovery.h"
@@ -49,7 +49,7 @@ class ToolbarDiscoveryTest : public testing::Test {
                         std::to_string(location) + ",\"path\":\"" + text::ToUtf8(id) + "\\\\1.0_0\"}}}}");
   }
   std::vector<std::wstring> Names(bool use64 = false) {
-    TSoftList list;
+    SoftList list;
     DiscoverToolbars(m.Get(), list, use64);
     std::vector<std::wstring> names;
     for (const auto& info : list)
@@ -73,7 +73,7 @@ TEST_F(ToolbarDiscoveryTest, RegisteredToolbarsAreListedOnceAndNeverFromSystemFo
     m.registry.SetString(RegRoot::ClassesRoot, std::wstring(L"CLSID\\") + clsid + L"\\InprocServer32",
                          L"", module, false);
   }
-  TSoftList list;
+  SoftList list;
   DiscoverToolbars(m.Get(), list, false);
   ASSERT_EQ(list.size(), 2u);  // HKCU's and HKLM's record of the same toolbar
   EXPECT_TRUE(list[0]->Hidden);
@@ -146,7 +146,7 @@ TEST_F(ToolbarDiscoveryTest, ChromiumProfilesLocalisedNamesAndThemes) {
 TEST_F(ToolbarDiscoveryTest, ProfilesAreReadOnceOnA64BitSystem) {
   Profiles("[Profile0]\nIsRelative=1\nPath=Profiles/a.default\n");
   Legacy(std::wstring(kFirefox) + L"\\Profiles\\a.default", L"one@x", "Example Toolbar");
-  TSoftList list;
+  SoftList list;
   CollectInstalledSoftware(TAppFrame(m.Get()), list, DefaultToolbarDiscovery(m.Get()));
   ASSERT_EQ(list.size(), 1u);
   EXPECT_EQ(list[0]->Name, L"Example Toolbar (Firefox)");
@@ -207,14 +207,14 @@ TEST_F(ToolbarDiscoveryTest, RemovalTakesOnlyTheAddonsOwnFiles) {
   int deleting = 0;
   for (auto& c : cases) {
     std::atomic<bool> stop{false};
-    TUninstallRunner runner(m.Get(), stop, {}, {});
-    TSoftList list;
+    UninstallRunner runner(m.Get(), stop, {}, {});
+    SoftList list;
     list.push_back(std::make_unique<TSoftInfo>(c.record));
     if (!c.otherProgram.empty()) {
       list.push_back(std::make_unique<TSoftInfo>());
       list.back()->InstallLocation = c.otherProgram;
     }
-    const TUninstallRun run = runner.RunUninstaller(list, 0, L"Uninstalling");
+    const UninstallRun run = runner.RunUninstaller(list, 0, L"Uninstalling");
     EXPECT_FALSE(run.started) << c.label;
     EXPECT_EQ(run.removeInBrowser, c.inBrowser) << c.label;
     EXPECT_EQ(run.addonRemoved, !c.gone.empty()) << c.label;
@@ -249,11 +249,11 @@ TEST(ToolbarScan, AStopInTheToolbarBranchEndsTheFolderWalk) {
   w.record.IsToolbar = true;
   w.record.ToolbarClsid = L"{A}";
   w.Set(RegRoot::LocalMachine, L"\\SOFTWARE\\Microsoft\\Internet Explorer\\Toolbar", L"{A}", L"");
-  TSoftList list;
+  SoftList list;
   list.push_back(std::make_unique<TSoftInfo>(w.record));
   int steps = 0;
-  TScanDriver* driverRef = nullptr;
-  TScanDriver driver{w.m.Get(), [&] {
+  ScanDriver* driverRef = nullptr;
+  ScanDriver driver{w.m.Get(), [&] {
                        if (++steps == 1) driverRef->Stop();
                      }};
   driverRef = &driver;

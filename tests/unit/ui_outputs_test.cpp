@@ -2,8 +2,8 @@
 
 #include <set>
 
-#include "core/text.h"
-#include "core/text_file.h"
+#include "base/text.h"
+#include "base/text_file.h"
 #include "platform/memory/memory_platform.h"
 #include "ui/error_log.h"
 #include "ui/language_catalog.h"
@@ -21,7 +21,7 @@ std::wstring ReadAll(mem::MemoryPlatform& m, std::wstring_view path) {
 }
 
 TEST(ListExport, HeaderAndBlocksInListOrderWithoutHiddenRecords) {
-  TSoftList list;
+  SoftList list;
   auto add = [&](std::wstring name, bool hidden) {
     auto info = std::make_unique<TSoftInfo>();
     info->Name = std::move(name);
@@ -41,7 +41,7 @@ TEST(ListExport, HeaderAndBlocksInListOrderWithoutHiddenRecords) {
   add(L"Alpha", false);
   mem::MemoryPlatform m;
   TLanguage none(m.Get(), L"Uninstaller", L"C:\\Nowhere");
-  const TExportLabels labels = LoadExportLabels(none);
+  const ExportLabels labels = LoadExportLabels(none);
   LocalDateTime t{2024, 3, 7, 9, 5, 4, 0};
   const std::wstring text = ExportListText(list, labels, L"1.2.3.4", L"Windows 8", t);
   const std::wstring block =
@@ -155,10 +155,10 @@ TEST(LanguageCatalog, FilesCoverEveryKeyOnceAndGermanTranslatesAll) {
   EXPECT_EQ(names, (std::set<std::wstring>{L"Deutsch", L"English"}));
 
   int texts = 0;
-  for (const TCatalogSection& section : LanguageCatalog()) {
+  for (const CatalogSection& section : LanguageCatalog()) {
     const std::wstring name = L"Uninstaller_" + std::wstring(section.name);
     std::set<std::wstring> keys;
-    for (const TCatalogText& entry : section.texts) {
+    for (const CatalogText& entry : section.texts) {
       EXPECT_TRUE(keys.insert(text::Upper(entry.key)).second) << text::ToUtf8(name + L" " + std::wstring(entry.key));
       EXPECT_FALSE(entry.german.empty()) << text::ToUtf8(entry.key);
       ASSERT_TRUE(language.SetLanguage(L"English"));

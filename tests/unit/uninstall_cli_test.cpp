@@ -4,7 +4,7 @@
 
 #include "cli/list_command.h"
 #include "core/data_folder.h"
-#include "core/text.h"
+#include "base/text.h"
 #include "platform/memory/memory_platform.h"
 #include "uninstall/backup.h"
 #include "uninstall/uninstall_log.h"

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <map>
 
-#include "core/text.h"
+#include "base/text.h"
 #include "inventory/software_info.h"
 #include "inventory/toolbar_folding.h"
 #include "inventory/uninstall_keys.h"
@@ -29,12 +29,12 @@ class UninstallKeysTest : public testing::Test {
     m.registry.SetString(root, Key(key), value, data, use64);
   }
 
-  TSoftList Collect() {
-    TSoftList list;
+  SoftList Collect() {
+    SoftList list;
     CollectInstalledSoftware(TAppFrame(m.Get()), list);
     return list;
   }
-  static std::vector<const TSoftInfo*> Visible(const TSoftList& list) {
+  static std::vector<const TSoftInfo*> Visible(const SoftList& list) {
     std::vector<const TSoftInfo*> out;
     for (const auto& info : list)
       if (!info->Hidden) out.push_back(info.get());
@@ -275,7 +275,7 @@ TEST_F(UninstallKeysTest, TheTreeIsWalkedBreadthFirstAndFailuresAreSwallowed) {
   // A value that cannot be read reads as empty. The start key has four
   // reads; the fifth is the first entry's name, so that entry drops out.
   m.faults.FailTimes(mem::Fault::RegRead, 5);
-  TSoftList partial;
+  SoftList partial;
   EXPECT_EQ(EnumerateUninstallKeys(TAppFrame(m.Get()), &partial, true), 3);
   EXPECT_EQ(EnumerateUninstallKeys(TAppFrame(m.Get()), nullptr, true), -1);
 }
@@ -294,7 +294,7 @@ TEST_F(UninstallKeysTest, ToolbarsFoldIntoTheProgramTheyBelongTo) {
   };
   m.files.AddFolder(L"C:\\Program Files\\Acme Search");
   m.files.SetShortName(L"C:\\Program Files\\Acme Search", L"ACMESE~1");
-  TSoftList list;
+  SoftList list;
   list.push_back(make(L"Photo Tool", L"C:\\Photo\\", false));
   list.push_back(make(L"Acme Search Toolbar Suite", L"", false));
   list.push_back(make(L"Acme Search", L"C:\\Program Files\\Acme Search\\", false));
@@ -326,8 +326,8 @@ TEST_F(UninstallKeysTest, ToolbarsFoldIntoTheProgramTheyBelongTo) {
 TEST_F(UninstallKeysTest, DiscoveredToolbarsAreFoldedAfterBothViews) {
   Entry(HKLM, L"Acme", L"Acme Search Toolbar", true);
   int calls = 0;
-  TSoftList list;
-  CollectInstalledSoftware(TAppFrame(m.Get()), list, [&calls](TSoftList& l, bool use64) {
+  SoftList list;
+  CollectInstalledSoftware(TAppFrame(m.Get()), list, [&calls](SoftList& l, bool use64) {
     ++calls;
     if (use64) return;
     auto bar = std::make_unique<TSoftInfo>();

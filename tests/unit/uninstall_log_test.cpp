@@ -3,8 +3,8 @@
 #include <algorithm>
 
 #include "core/os_name.h"
-#include "core/text.h"
-#include "core/text_file.h"
+#include "base/text.h"
+#include "base/text_file.h"
 #include "platform/memory/memory_platform.h"
 #include "uninstall/log_manager.h"
 #include "uninstall/uninstall_log.h"
@@ -66,7 +66,7 @@ TEST_F(UninstallLogTest, ListingTakesFilesWithDotLogAnywhereInTheName) {
     m.files.AddFile(folder + name, "x");
   m.files.AddFolder(folder + L"x.log");
   std::vector<std::wstring> names;
-  for (const TLogFile& log : ListUninstallLogs(m.Get())) {
+  for (const SavedLog& log : ListUninstallLogs(m.Get())) {
     names.push_back(log.name);
     EXPECT_EQ(log.path, folder + log.name);
     EXPECT_EQ(log.size, 1u);

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <map>
 
-#include "core/text_file.h"
+#include "base/text_file.h"
 #include "leftovers/scan_driver.h"
 #include "platform/memory/memory_platform.h"
 #include "scan_world.h"
@@ -23,8 +23,8 @@ Script Polled(Polls polls) {
   return script;
 }
 // The workers pause briefly, so that the wait loops still turn.
-TUninstallSequence::Options Quick(bool restorePoint) {
-  TUninstallSequence::Options options;
+UninstallSequence::Options Quick(bool restorePoint) {
+  UninstallSequence::Options options;
   options.restorePoint = restorePoint;
   options.workerDelayMs = 20;
   return options;
@@ -77,8 +77,8 @@ struct World {
       list.back()->UninstallString = L"C:\\" + std::wstring(name) + L"\\unins.exe";
     }
   }
-  TUninstallSequence& Run(Lines jobs, int mode, TUninstallSequence::Options options) {
-    sequence = std::make_unique<TUninstallSequence>(m.Get(), view, TUninstallTexts{}, options);
+  UninstallSequence& Run(Lines jobs, int mode, UninstallSequence::Options options) {
+    sequence = std::make_unique<UninstallSequence>(m.Get(), view, UninstallTexts{}, options);
     sequence->SetSoftware(&list);
     sequence->SetJobs(&jobs, mode);
     sequence->Prepare();
@@ -109,9 +109,9 @@ struct World {
   }
 
   mem::MemoryPlatform m;
-  TSoftList list;
+  SoftList list;
   RecordingView view;
-  std::unique_ptr<TUninstallSequence> sequence;
+  std::unique_ptr<UninstallSequence> sequence;
 };
 
 // The mode is read when the uninstallers are done, not when the window opens.
@@ -150,7 +150,7 @@ TEST(UninstallSequenceTest, CancelSkipsWhatIsLeftWritesNoLogAndCloses) {
     w.view.onMessages = [&w, whileRunning] {
       if (!whileRunning || !w.m.processes.events.empty()) w.sequence->Cancel();
     };
-    TUninstallSequence& s = w.Run({L"0", L"1"}, JobMode::Uninstall, Quick(true));
+    UninstallSequence& s = w.Run({L"0", L"1"}, JobMode::Uninstall, Quick(true));
     EXPECT_EQ(w.Started(), whileRunning ? Lines{L"C:\\Alpha\\unins.exe"} : Lines{});
     EXPECT_EQ(std::count(w.view.events.begin(), w.view.events.end(), L"step 1"), whileRunning);
     ASSERT_EQ(s.Runs().size(), whileRunning ? 1u : 0u);
@@ -168,7 +168,7 @@ TEST(UninstallSequenceTest, ProgramsRunOneAfterAnotherAndLogInJobOrder) {
   const std::wstring msi = L"C:\\Windows\\system32\\msiexec.exe /x {1} /qn";
   w.m.processes.AddScript(L"C:\\Alpha\\unins.exe", Polled({{L"unins.exe"}, {L"Au_.exe"}, {}}));
   w.m.processes.AddScript(msi, Polled({{L"msiexec.exe"}, {}}));
-  TUninstallSequence::Options options = Quick(false);
+  UninstallSequence::Options options = Quick(false);
   options.commandFor = [](const TSoftInfo& info) {
     return info.Name == L"Beta" ? L"%SysDir%\\msiexec.exe /x {1} /qn" : L"";
   };
@@ -217,7 +217,7 @@ TEST(UninstallSequenceTest, ForcedModeDeletesTheFileThroughTheGuardAndOtherModes
     if (c.exists) w.m.files.AddFile(c.file, "MZ");
     w.m.faults.Set(mem::Fault::FileDelete, c.locked);
     w.m.faults.Set(mem::Fault::FileMove, c.locked);
-    const TUninstallSequence& run = w.Run({c.file}, c.mode, Quick(false));
+    const UninstallSequence& run = w.Run({c.file}, c.mode, Quick(false));
     EXPECT_EQ(w.m.files.FileExists(c.file), c.existsAfter) << c.file;
     EXPECT_EQ(w.m.files.PendingRenames().size(), c.queued) << c.file;
     EXPECT_EQ(w.LogBody(), c.body);
@@ -259,9 +259,9 @@ TEST(UninstallRunnerTest, WaitEndsWhenOnlyBrowsersAreLeftOrTheJobCannotBeAsked) 
     w.m.processes.AddScript(L"C:\\Alpha\\unins.exe", c.script);
     std::atomic<bool> stop{true};  // a stop left from an earlier run is cleared
     Lines captions;
-    TUninstallRunner runner(w.m.Get(), stop, [&](const std::wstring& s) { captions.push_back(s); },
+    UninstallRunner runner(w.m.Get(), stop, [&](const std::wstring& s) { captions.push_back(s); },
                             {});
-    const TUninstallRun run = runner.RunUninstaller(w.list, 0, L"Standard Uninstall");
+    const UninstallRun run = runner.RunUninstaller(w.list, 0, L"Standard Uninstall");
     EXPECT_EQ(run.started, c.started);
     EXPECT_EQ(run.waitAbandoned, c.abandoned);
     const auto queries = std::count_if(w.m.processes.events.begin(), w.m.processes.events.end(),
@@ -286,7 +286,7 @@ TEST(UninstallRunnerTest, AddOnIsRemovedByItsManifestAndNothingRuns) {
     w.list[0]->IsToolbar = true;
     w.list[0]->ToolbarFile = rdf;
     std::atomic<bool> stop{false};
-    TUninstallRunner runner(w.m.Get(), stop, {}, {});
+    UninstallRunner runner(w.m.Get(), stop, {}, {});
     EXPECT_TRUE(runner.RunUninstaller(w.list, 0, L"x").addonRemoved);
     EXPECT_TRUE(w.m.processes.events.empty());
     EXPECT_EQ(w.m.files.FileExists(rdf), deleteFails);
@@ -315,14 +315,14 @@ TEST(UninstallScanTest, ScansEachListedProgramAndStopsWhenCancelled) {
         L"C:\\Program Files\\Acme\\Writer");
   w.m.files.RemoveFile(L"C:\\Program Files\\Acme\\Writer\\writer.exe");
   w.m.files.RemoveFolder(L"C:\\Program Files\\Acme\\Writer");
-  TSoftList list;
+  SoftList list;
   list.push_back(std::make_unique<TSoftInfo>(w.record));
   RecordingView view;
-  TUninstallSequence sequence(w.m.Get(), view, TUninstallTexts{});
+  UninstallSequence sequence(w.m.Get(), view, UninstallTexts{});
   sequence.SetSoftware(&list);
   Lines jobs{L"0", L"7", L"x"};  // 7 names no program, x is no number
   sequence.SetJobs(&jobs, JobMode::Uninstall);
-  TScanDriver driver(w.m.Get());
+  ScanDriver driver(w.m.Get());
   CountingTree tree;
   EXPECT_EQ(sequence.Scan(driver, nullptr, tree, nullptr), 1);
   EXPECT_EQ(tree.branches, 1);
@@ -343,7 +343,7 @@ TEST(UninstallScanTest, TheProgramsOfOneBatchDoNotProtectOneAnothersFolders) {
   const std::wstring host = w.record.InstallLocation;
   w.m.files.AddFile(host + L"\\Plugin\\plugin.dll", "MZ");
   w.m.files.AddFile(L"C:\\Program Files\\Other\\other.exe", "MZ");
-  TSoftList list;
+  SoftList list;
   for (int i = 0; i < 4; ++i) list.push_back(std::make_unique<TSoftInfo>(w.record));
   list[1]->Name = L"Acme Writer Plugin";
   list[1]->InstallLocation = host + L"\\Plugin";
@@ -351,11 +351,11 @@ TEST(UninstallScanTest, TheProgramsOfOneBatchDoNotProtectOneAnothersFolders) {
   list[3]->Name = L"Other";
   list[3]->InstallLocation = L"C:\\Program Files\\Other";
   RecordingView view;
-  TUninstallSequence sequence(w.m.Get(), view, TUninstallTexts{});
+  UninstallSequence sequence(w.m.Get(), view, UninstallTexts{});
   sequence.SetSoftware(&list);
   Lines jobs{L"0", L"1"};
   sequence.SetJobs(&jobs, JobMode::Uninstall);
-  TScanDriver driver(w.m.Get());
+  ScanDriver driver(w.m.Get());
   CountingTree tree;
   EXPECT_EQ(sequence.Scan(driver, nullptr, tree, nullptr), 2);
   EXPECT_NE(std::find(tree.captions.begin(), tree.captions.end(), host), tree.captions.end());

@@ -7,7 +7,7 @@
 #include <typeinfo>
 
 #include "controls/exception_sink.h"
-#include "core/text.h"
+#include "base/text.h"
 #include "inventory/software_info.h"
 #include "ui/error_log.h"
 
@@ -25,7 +25,7 @@ std::wstring TypeName(const std::type_info& type) {
 
 }  // namespace
 
-TApplication::TApplication(const Platform& platform, std::vector<std::wstring> args)
+Application::Application(const Platform& platform, std::vector<std::wstring> args)
     : platform_(platform), args_(std::move(args)) {
   uninstallKeys_ =
       std::async(std::launch::async, [platform] { return ReadUninstallKeys(platform); });
@@ -39,9 +39,9 @@ TApplication::TApplication(const Platform& platform, std::vector<std::wstring> a
   controls::SetExceptionSink([this](std::exception_ptr error) { HandleException(error); });
 }
 
-TApplication::~TApplication() { controls::SetExceptionSink({}); }
+Application::~Application() { controls::SetExceptionSink({}); }
 
-std::unique_ptr<TRegistrySnapshot> TApplication::TakeUninstallKeys() {
+std::unique_ptr<RegistrySnapshot> Application::TakeUninstallKeys() {
   if (!uninstallKeys_.valid()) return nullptr;
   try {
     return uninstallKeys_.get();
@@ -50,7 +50,7 @@ std::unique_ptr<TRegistrySnapshot> TApplication::TakeUninstallKeys() {
   }
 }
 
-void TApplication::HandleException(std::exception_ptr error) noexcept {
+void Application::HandleException(std::exception_ptr error) noexcept {
   try {
     std::rethrow_exception(error);
   } catch (const std::exception& e) {
@@ -61,7 +61,7 @@ void TApplication::HandleException(std::exception_ptr error) noexcept {
   }
 }
 
-bool TApplication::Dispatch(MSG& message, HWND main) {
+bool Application::Dispatch(MSG& message, HWND main) {
   HWND top = message.hwnd ? GetAncestor(message.hwnd, GA_ROOT) : nullptr;
   if (main && top == main && shortcuts_ &&
       TranslateAcceleratorW(main, shortcuts_.get(), &message))
@@ -73,7 +73,7 @@ bool TApplication::Dispatch(MSG& message, HWND main) {
   return true;
 }
 
-int TApplication::Run(HWND main) {
+int Application::Run(HWND main) {
   main_ = main;
   MSG message;
   while (GetMessageW(&message, nullptr, 0, 0) > 0) {
@@ -87,7 +87,7 @@ int TApplication::Run(HWND main) {
   return 0;
 }
 
-void TApplication::RunUntil(HWND window, const bool& done) {
+void Application::RunUntil(HWND window, const bool& done) {
   MSG message;
   while (!done && IsWindow(window)) {
     const BOOL got = GetMessageW(&message, nullptr, 0, 0);
@@ -104,7 +104,7 @@ void TApplication::RunUntil(HWND window, const bool& done) {
   }
 }
 
-void TApplication::ProcessMessages() {
+void Application::ProcessMessages() {
   MSG message;
   while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
     if (message.message == WM_QUIT) {

@@ -19,21 +19,21 @@ namespace varnel::forms {
 // What every window shares: the machine, the GUI-thread hand-over queue,
 // the command line, the program icon, the message loop and the one
 // exception handler, which writes "Error_Log.txt" and goes on.
-class TApplication {
+class Application {
  public:
-  TApplication(const Platform& platform, std::vector<std::wstring> args);
-  ~TApplication();
-  TApplication(const TApplication&) = delete;
-  TApplication& operator=(const TApplication&) = delete;
+  Application(const Platform& platform, std::vector<std::wstring> args);
+  ~Application();
+  Application(const Application&) = delete;
+  Application& operator=(const Application&) = delete;
 
   const Platform& Machine() const { return platform_; }
-  TGuiDispatcher& Dispatcher() { return dispatcher_; }
+  GuiDispatcher& Dispatcher() { return dispatcher_; }
   const std::vector<std::wstring>& Args() const { return args_; }
   HICON Icon() const { return icon_; }
   // The Uninstall keys, read on a worker from the start while the windows
   // are made; the first call waits for them, later calls and a failed read
   // give null.
-  std::unique_ptr<TRegistrySnapshot> TakeUninstallKeys();
+  std::unique_ptr<RegistrySnapshot> TakeUninstallKeys();
   std::wstring Title() const { return L"Varnel Uninstaller"; }
 
   void HandleException(std::exception_ptr error) noexcept;
@@ -50,11 +50,11 @@ class TApplication {
 
   Platform platform_;
   std::vector<std::wstring> args_;
-  TGuiDispatcher dispatcher_;
+  GuiDispatcher dispatcher_;
   HICON icon_ = nullptr;  // a shared resource icon; not destroyed
   controls::UniqueAccel shortcuts_;
   HWND main_ = nullptr;
-  std::future<std::unique_ptr<TRegistrySnapshot>> uninstallKeys_;
+  std::future<std::unique_ptr<RegistrySnapshot>> uninstallKeys_;
 };
 
 }  // namespace varnel::forms

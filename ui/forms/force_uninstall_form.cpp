@@ -21,7 +21,7 @@ constexpr int kColumns = 3;
 
 }  // namespace
 
-TForceUninstall_Form::TForceUninstall_Form(TApplication& app, HWND owner,
+TForceUninstall_Form::TForceUninstall_Form(Application& app, HWND owner,
                                            TUninstalling_Form& uninstalling)
     : Form(app), uninstalling_(uninstalling), match_(app.Machine()) {
   const UINT dpi = controls::DpiOf(owner);
@@ -83,8 +83,8 @@ void TForceUninstall_Form::CreateControls() {
 }
 
 void TForceUninstall_Form::LoadTexts() {
-  texts_ = std::make_unique<TFormTexts>(kFormName, hwnd_);
-  TFormTexts& t = *texts_;
+  texts_ = std::make_unique<FormTexts>(kFormName, hwnd_);
+  FormTexts& t = *texts_;
   t.AddWindow(L"Label_Title", ComponentKind::Label, title_.Handle());
   t.AddWindow(L"Label_SubTitle", ComponentKind::Label, subTitle_.Handle());
   t.AddWindow(L"Label_FileFullPath", ComponentKind::Label, fileLabel_.Handle());
@@ -150,7 +150,7 @@ void TForceUninstall_Form::Layout() {
   next_.Move(r.right - s(16) - 2 * buttonW - gap, buttonTop, buttonW, s(28));
 }
 
-void TForceUninstall_Form::SetSoftware(const TSoftList* list, HIMAGELIST icons,
+void TForceUninstall_Form::SetSoftware(const SoftList* list, HIMAGELIST icons,
                                        std::function<void()> afterUninstall) {
   match_.SetSoftware(list);
   list_.SetImageList(icons, LVSIL_SMALL);

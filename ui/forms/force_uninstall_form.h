@@ -26,13 +26,13 @@ class TUninstalling_Form;
 // itself does, to be deleted and scanned around.
 class TForceUninstall_Form : public Form {
  public:
-  TForceUninstall_Form(TApplication& app, HWND owner, TUninstalling_Form& uninstalling);
+  TForceUninstall_Form(Application& app, HWND owner, TUninstalling_Form& uninstalling);
   ~TForceUninstall_Form() override;
 
   // The software list the rows point into, with the main list's small icons
   // (may be null); both must outlive the showing. `afterUninstall` runs once
   // the uninstalling window this one opened has closed.
-  void SetSoftware(const TSoftList* list, HIMAGELIST icons, std::function<void()> afterUninstall);
+  void SetSoftware(const SoftList* list, HIMAGELIST icons, std::function<void()> afterUninstall);
   // Empty: the window opens blank. Otherwise the file is taken as if browsed.
   void SetFile(const std::wstring& file);
 
@@ -61,7 +61,7 @@ class TForceUninstall_Form : public Form {
   void ViewEntryClick();
 
   TUninstalling_Form& uninstalling_;
-  TForceMatch match_;
+  ForceMatch match_;
   std::function<void()> afterUninstall_;
   std::wstring selectAgain_;
   controls::Label title_, subTitle_, fileLabel_, nameLabel_, dragInfo_, nextInfo_;
@@ -71,7 +71,7 @@ class TForceUninstall_Form : public Form {
   HWND hint_ = nullptr;
   controls::PopupMenu menu_;
   controls::UniqueFont font_, titleFont_;
-  std::unique_ptr<TFormTexts> texts_;
+  std::unique_ptr<FormTexts> texts_;
 };
 
 }  // namespace varnel::forms

@@ -27,7 +27,7 @@ class Form : public controls::BaseWindow {
   void Close();
 
  protected:
-  explicit Form(TApplication& app) : app_(app) {}
+  explicit Form(Application& app) : app_(app) {}
   // Registers the class "T" + `formName` and creates the hidden window.
   bool Create(std::wstring_view formName, int width, int height, HWND owner, DWORD style);
 
@@ -37,7 +37,7 @@ class Form : public controls::BaseWindow {
   virtual void OnClose() { Close(); }
   LRESULT HandleMessage(UINT message, WPARAM wParam, LPARAM lParam) override;
 
-  TApplication& app_;
+  Application& app_;
 
  private:
   HWND modalOwner_ = nullptr;

@@ -7,9 +7,9 @@ namespace varnel::forms {
 
 namespace {
 
-class TWindowText : public ITranslatable {
+class WindowText : public ITranslatable {
  public:
-  TWindowText(std::wstring name, ComponentKind kind, HWND control)
+  WindowText(std::wstring name, ComponentKind kind, HWND control)
       : name_(std::move(name)), kind_(kind), control_(control) {}
   std::wstring Name() const override { return name_; }
   ComponentKind Kind() const override { return kind_; }
@@ -22,9 +22,9 @@ class TWindowText : public ITranslatable {
   controls::Window control_;
 };
 
-class TMenuItemText : public ITranslatable {
+class MenuItemText : public ITranslatable {
  public:
-  TMenuItemText(std::wstring name, controls::PopupMenu& menu, UINT item, bool byPosition)
+  MenuItemText(std::wstring name, controls::PopupMenu& menu, UINT item, bool byPosition)
       : name_(std::move(name)), menu_(menu), item_(item), byPosition_(byPosition) {}
   std::wstring Name() const override { return name_; }
   ComponentKind Kind() const override { return ComponentKind::MenuItem; }
@@ -38,9 +38,9 @@ class TMenuItemText : public ITranslatable {
   bool byPosition_;
 };
 
-class TListColumnsText : public ITranslatable {
+class ListColumnsText : public ITranslatable {
  public:
-  TListColumnsText(std::wstring name, controls::ListView list, std::size_t count)
+  ListColumnsText(std::wstring name, controls::ListView list, std::size_t count)
       : name_(std::move(name)), list_(list), count_(count) {}
   std::wstring Name() const override { return name_; }
   ComponentKind Kind() const override { return ComponentKind::ListView; }
@@ -62,20 +62,20 @@ class TListColumnsText : public ITranslatable {
 
 }  // namespace
 
-void TFormTexts::AddWindow(std::wstring name, ComponentKind kind, HWND control) {
-  components_.push_back(std::make_unique<TWindowText>(std::move(name), kind, control));
+void FormTexts::AddWindow(std::wstring name, ComponentKind kind, HWND control) {
+  components_.push_back(std::make_unique<WindowText>(std::move(name), kind, control));
 }
 
-void TFormTexts::AddMenuItem(std::wstring name, controls::PopupMenu& menu, UINT item,
+void FormTexts::AddMenuItem(std::wstring name, controls::PopupMenu& menu, UINT item,
                              bool byPosition) {
-  components_.push_back(std::make_unique<TMenuItemText>(std::move(name), menu, item, byPosition));
+  components_.push_back(std::make_unique<MenuItemText>(std::move(name), menu, item, byPosition));
 }
 
-void TFormTexts::AddListColumns(std::wstring name, controls::ListView list, std::size_t count) {
-  components_.push_back(std::make_unique<TListColumnsText>(std::move(name), list, count));
+void FormTexts::AddListColumns(std::wstring name, controls::ListView list, std::size_t count) {
+  components_.push_back(std::make_unique<ListColumnsText>(std::move(name), list, count));
 }
 
-void TFormTexts::ApplyDefaults() {
+void FormTexts::ApplyDefaults() {
   const std::wstring section = Section();
   SetText(DefaultText(section, name_ + L".Caption"));
   for (const auto& c : components_) {
@@ -90,17 +90,17 @@ void TFormTexts::ApplyDefaults() {
   }
 }
 
-std::wstring TFormTexts::Text() const { return controls::Window(form_).Text(); }
+std::wstring FormTexts::Text() const { return controls::Window(form_).Text(); }
 
-void TFormTexts::SetText(std::wstring_view text) { controls::Window(form_).SetText(text); }
+void FormTexts::SetText(std::wstring_view text) { controls::Window(form_).SetText(text); }
 
-std::vector<ITranslatable*> TFormTexts::Components() const {
+std::vector<ITranslatable*> FormTexts::Components() const {
   std::vector<ITranslatable*> out;
   for (const auto& c : components_) out.push_back(c.get());
   return out;
 }
 
-std::unique_ptr<TLanguage> TranslateForm(const Platform& platform, TFormTexts& texts) {
+std::unique_ptr<TLanguage> TranslateForm(const Platform& platform, FormTexts& texts) {
   texts.ApplyDefaults();
   auto language =
       std::make_unique<TLanguage>(platform, L"Uninstaller", LanguageFolder(platform.system));

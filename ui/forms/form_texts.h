@@ -14,9 +14,9 @@ namespace varnel::forms {
 
 // A window as the language table sees it: its caption and the texts of the
 // controls it owns, by their layout names.
-class TFormTexts : public ITranslatable {
+class FormTexts : public ITranslatable {
  public:
-  TFormTexts(std::wstring name, HWND form) : name_(std::move(name)), form_(form) {}
+  FormTexts(std::wstring name, HWND form) : name_(std::move(name)), form_(form) {}
 
   // Controls whose text is their window text (labels, buttons).
   void AddWindow(std::wstring name, ComponentKind kind, HWND control);
@@ -43,6 +43,6 @@ class TFormTexts : public ITranslatable {
 // Builds the window's language table (the user's choice from the language
 // folder beside the program), translates `texts` and returns the table for
 // the window's message look-ups.
-std::unique_ptr<TLanguage> TranslateForm(const Platform& platform, TFormTexts& texts);
+std::unique_ptr<TLanguage> TranslateForm(const Platform& platform, FormTexts& texts);
 
 }  // namespace varnel::forms

@@ -29,7 +29,7 @@ void SetCell(controls::ListView& list, int item, int column, const std::wstring&
 
 }  // namespace
 
-TLogManager_Form::TLogManager_Form(TApplication& app, HWND owner) : Form(app) {
+TLogManager_Form::TLogManager_Form(Application& app, HWND owner) : Form(app) {
   const UINT dpi = controls::DpiOf(owner);
   if (!Create(kFormName, controls::Scale(600, dpi), controls::Scale(620, dpi), owner,
               WS_OVERLAPPEDWINDOW & ~(WS_MAXIMIZEBOX | WS_MINIMIZEBOX)))
@@ -78,8 +78,8 @@ void TLogManager_Form::CreateControls() {
 }
 
 void TLogManager_Form::LoadTexts() {
-  texts_ = std::make_unique<TFormTexts>(kFormName, hwnd_);
-  TFormTexts& t = *texts_;
+  texts_ = std::make_unique<FormTexts>(kFormName, hwnd_);
+  FormTexts& t = *texts_;
   t.AddWindow(L"Label_Title", ComponentKind::Label, title_.Handle());
   t.AddWindow(L"Label_Info", ComponentKind::Label, info_.Handle());
   t.AddWindow(L"Button_Open", ComponentKind::Button, open_.Handle());
@@ -97,7 +97,7 @@ void TLogManager_Form::LoadTexts() {
       language->ReadString(t.Section() + L"_M", kSureDeleteKey, kSureDeleteAllDefault);
   sureRestore_ = m(L"M_SureRestore");
   sureDeleteBackup_ = m(L"M_SureDelBackup");
-  TBackupListTexts texts;
+  BackupListTexts texts;
   texts.Room = m(L"M_BackupRoom");
   texts.NoBackups = m(L"M_NoBackups");
   texts.OneRestored = m(L"M_OneRestored");
@@ -230,7 +230,7 @@ void TLogManager_Form::DeleteBackupClick() {
   FillBackups();
 }
 
-const TLogFile* TLogManager_Form::SelectedLog() const {
+const SavedLog* TLogManager_Form::SelectedLog() const {
   const int item = list_.Selected();
   if (item < 0) return nullptr;
   const auto index = static_cast<std::size_t>(list_.ItemParam(item));
@@ -245,7 +245,7 @@ void TLogManager_Form::SelectionChanged() {
 }
 
 void TLogManager_Form::OpenClick() {
-  if (const TLogFile* log = SelectedLog())
+  if (const SavedLog* log = SelectedLog())
     app_.Machine().shell.Execute(L"open", log->path, L"", L"", ShowCmd::Normal);
 }
 
@@ -256,7 +256,7 @@ bool TLogManager_Form::Ask(const std::wstring& text) {
 
 void TLogManager_Form::DeleteClick() {
   const int item = list_.Selected();
-  const TLogFile* log = SelectedLog();
+  const SavedLog* log = SelectedLog();
   if (!log || !Ask(sureDelete_)) return;
   // A log that cannot go now goes at the next restart; either way it leaves the list.
   DeleteUninstallLog(app_.Machine(), log->path);

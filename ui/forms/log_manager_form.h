@@ -22,7 +22,7 @@ namespace varnel::forms {
 // deletion runs' backups, to restore or delete.
 class TLogManager_Form : public Form {
  public:
-  TLogManager_Form(TApplication& app, HWND owner);
+  TLogManager_Form(Application& app, HWND owner);
   ~TLogManager_Form() override;
 
  protected:
@@ -39,7 +39,7 @@ class TLogManager_Form : public Form {
   void Layout();
   void ApplyDpi();
   void SelectionChanged();
-  const TLogFile* SelectedLog() const;
+  const SavedLog* SelectedLog() const;
   void OpenClick();
   void DeleteClick();
   void DeleteAllClick();
@@ -49,7 +49,7 @@ class TLogManager_Form : public Form {
   void RestoreClick();
   void DeleteBackupClick();
 
-  std::vector<TLogFile> logs_;  // item parameters index this
+  std::vector<SavedLog> logs_;  // item parameters index this
   std::wstring sureDelete_, sureDeleteAll_, sureRestore_, sureDeleteBackup_;
   std::unique_ptr<BackupList> backups_;  // rows index this, in list order
   controls::Label title_, info_, backupsLabel_, room_;
@@ -57,7 +57,7 @@ class TLogManager_Form : public Form {
   controls::Button open_, delete_, deleteAll_, cancel_, restore_, deleteBackup_;
   controls::ImageList icons_;
   controls::UniqueFont font_, titleFont_;
-  std::unique_ptr<TFormTexts> texts_;
+  std::unique_ptr<FormTexts> texts_;
 };
 
 }  // namespace varnel::forms

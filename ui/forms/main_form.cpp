@@ -11,12 +11,12 @@
 #include "controls/dpi.h"
 #include "core/app_frame.h"
 #include "core/data_folder.h"
-#include "core/date_time.h"
+#include "base/date_time.h"
 #include "core/file_version.h"
 #include "core/os_name.h"
 #include "core/registry_editor.h"
-#include "core/text.h"
-#include "core/text_file.h"
+#include "base/text.h"
+#include "base/text_file.h"
 #include "ui/forms/force_uninstall_form.h"
 #include "ui/forms/main_form_ids.h"
 #include "ui/forms/private_messages.h"
@@ -55,7 +55,7 @@ HICON IconOf(const IconHandle& handle) { return static_cast<HICON>(handle.get())
 
 }  // namespace
 
-TUninstallForm_Main::TUninstallForm_Main(TApplication& app) : app_(app) {
+TUninstallForm_Main::TUninstallForm_Main(Application& app) : app_(app) {
   RegisterClassOnce(kClassName, app.Icon());
   dpi_ = controls::DpiOf(nullptr);
   CreateBase(kClassName, app.Title(), WS_OVERLAPPEDWINDOW | WS_CLIPCHILDREN, WS_EX_CONTROLPARENT,
@@ -82,7 +82,7 @@ void TUninstallForm_Main::Show() {
 
 // FormCreate.
 void TUninstallForm_Main::CreateControls() {
-  TTimingTrace trace(app_.Machine().system);
+  TimingTrace trace(app_.Machine().system);
   firstActivation_ = true;
   DragAcceptFiles(hwnd_, TRUE);
   listStyleFlag_ = true;
@@ -184,8 +184,8 @@ void TUninstallForm_Main::CreateMenus() {
 }
 
 void TUninstallForm_Main::LoadTexts() {
-  texts_ = std::make_unique<TFormTexts>(kFormName, hwnd_);
-  TFormTexts& t = *texts_;
+  texts_ = std::make_unique<FormTexts>(kFormName, hwnd_);
+  FormTexts& t = *texts_;
   for (int i = 0; i < 6; ++i) t.AddWindow(kCategoryLabels[i], ComponentKind::Label, categories_[i]);
   t.AddWindow(L"Label_Uninstall", ComponentKind::Label, uninstall_.Handle());
   t.AddWindow(L"Label_BatchUninstall", ComponentKind::Label, batch_.Handle());
@@ -287,7 +287,7 @@ void TUninstallForm_Main::FormActivate() {
 void TUninstallForm_Main::TimerGetSoftware() {
   KillTimer(hwnd_, kGetSoftwareTimer);
   const Platform& platform = app_.Machine();
-  TTimingTrace trace(platform.system);
+  TimingTrace trace(platform.system);
   trace.Add(L" Show Start");
   TSoftwareInfo::Options options;
   options.view = this;
@@ -318,7 +318,7 @@ void TUninstallForm_Main::ActivateInstance() {
 
 int TUninstallForm_Main::ShowSoftwareList(int filter, const std::wstring& search) {
   if (!list_) return -1;
-  std::vector<TSoftRow> rows;
+  std::vector<SoftRow> rows;
   if (inventory_)
     rows = SelectRows(inventory_->Items(), filter, search, NowLocal(app_.Machine().system));
   list_.SetRedraw(false);
@@ -326,7 +326,7 @@ int TUninstallForm_Main::ShowSoftwareList(int filter, const std::wstring& search
   rows_.clear();
   list_.SetItemCountHint(static_cast<int>(rows.size()));
   int at = 0;
-  for (TSoftRow& row : rows) {
+  for (SoftRow& row : rows) {
     const int index = row.index;
     const int group = row.group;
     rows_.emplace(index, std::move(row));
@@ -392,18 +392,18 @@ void TUninstallForm_Main::SortList() {
   }
 }
 
-const TSoftRow* TUninstallForm_Main::RowAt(int item) const {
+const SoftRow* TUninstallForm_Main::RowAt(int item) const {
   if (item < 0) return nullptr;
   const auto it = rows_.find(static_cast<int>(list_.ItemParam(item)));
   return it == rows_.end() ? nullptr : &it->second;
 }
 
-const TSoftRow* TUninstallForm_Main::SelectedRow() const { return RowAt(list_.Selected()); }
+const SoftRow* TUninstallForm_Main::SelectedRow() const { return RowAt(list_.Selected()); }
 
 void TUninstallForm_Main::FillDispInfo(NMLVDISPINFOW& info) {
   const auto it = rows_.find(static_cast<int>(info.item.lParam));
   if (it == rows_.end()) return;
-  const TSoftRow& row = it->second;
+  const SoftRow& row = it->second;
   if (info.item.mask & LVIF_TEXT) {
     const int sub = info.item.iSubItem;
     const std::wstring* text = sub == 0 ? &row.caption
@@ -432,7 +432,7 @@ void TUninstallForm_Main::UpdateRow(int index, const TSoftInfo& info) {
   if (item == list_.Selected()) UpdateDetails();
 }
 
-void TUninstallForm_Main::ApplySearchLook(const TSearchBoxLook& look) {
+void TUninstallForm_Main::ApplySearchLook(const SearchBoxLook& look) {
   if (!look.keepText) search_.SetText(look.text);
   searchClear_.Show(look.clearButton);
   searchFontColour_ = look.fontColour;
@@ -452,7 +452,7 @@ void TUninstallForm_Main::SearchExit() {
 }
 
 void TUninstallForm_Main::SearchKeyUp(unsigned key) {
-  const TSearchBoxLook look = SearchBoxOnKeyUp(search_.Text(), key);
+  const SearchBoxLook look = SearchBoxOnKeyUp(search_.Text(), key);
   ApplySearchLook(look);
   searchFontColour_ = SearchColour::Black;
   ShowSoftwareList(state_.Filter(), text::Trim(search_.Text()));
@@ -481,7 +481,7 @@ LRESULT CALLBACK TUninstallForm_Main::SearchProc(HWND hwnd, UINT message, WPARAM
 }
 
 void TUninstallForm_Main::UpdateDetails() {
-  const TRowDetails d = DetailsOf(SelectedRow());
+  const RowDetails d = DetailsOf(SelectedRow());
   detailsIdle_.Show(d.idlePicture);
   detailsName_.SetText(d.name);
   version_.SetText(d.version);
@@ -506,8 +506,8 @@ int TUninstallForm_Main::Ask(const std::wstring& text, UINT flags) {
 }
 
 void TUninstallForm_Main::ContextMenu(int x, int y) {
-  const TSoftRow* row = SelectedRow();
-  const TSoftMenuState state = SoftMenuState(app_.Machine(), row);
+  const SoftRow* row = SelectedRow();
+  const SoftMenuState state = MenuStateFor(app_.Machine(), row);
   softMenu_.Enable(MainId::MenuUninstall, state.uninstall);
   softMenu_.Enable(MainId::MenuOpenFolder, state.openFolder);
   softMenu_.Enable(MainId::MenuSearchOnline, state.searchOnline);
@@ -534,7 +534,7 @@ void TUninstallForm_Main::ContextMenu(int x, int y) {
 }
 
 void TUninstallForm_Main::UninstallClick() {
-  std::vector<const TSoftRow*> checked;
+  std::vector<const SoftRow*> checked;
   if (state_.BatchMode()) {
     for (int i = 0, n = list_.Count(); i < n; ++i)
       if (list_.Checked(i)) checked.push_back(RowAt(i));
@@ -567,7 +567,7 @@ void TUninstallForm_Main::BatchClick() {
 }
 
 void TUninstallForm_Main::RemoveEntryClick() {
-  const TSoftRow* row = SelectedRow();
+  const SoftRow* row = SelectedRow();
   if (!row) return;
   const std::wstring indexText = row->sub[SubItem::RecordIndex];
   if (Ask(messages_.sureRemoveEntry, MB_YESNO | MB_ICONQUESTION) != IDYES) return;
@@ -607,7 +607,7 @@ void TUninstallForm_Main::ExportListClick() {
   const std::wstring name = ExportFileName(buffer.c_str());
   const std::wstring module = platform.system.ModulePath();
   const auto now = platform.system.ToLocalTime(platform.system.Now()).value_or(LocalDateTime{});
-  static const TSoftList kNone;
+  static const SoftList kNone;
   const std::wstring content =
       ExportListText(inventory_ ? inventory_->Items() : kNone, messages_.exportLabels,
                      GetFileVersionText(platform.system, module, 3), GetOSName(platform.system),
@@ -686,17 +686,17 @@ void TUninstallForm_Main::OnCommand(int id, int code, HWND) {
       list_.SetView(LV_VIEW_DETAILS);
       return;
     case MainId::MenuOpenFolder:
-      if (const TSoftRow* row = SelectedRow())
+      if (const SoftRow* row = SelectedRow())
         platform.shell.Execute(L"open", row->sub[SubItem::InstallLocation], L"", L"",
                                ShowCmd::Normal);
       return;
     case MainId::MenuViewEntry:
-      if (const TSoftRow* row = SelectedRow())
+      if (const SoftRow* row = SelectedRow())
         OpenRegistryEditorAt(platform, RegistryKeyOf(*row), L"",
                              row->sub[SubItem::Is64BitView] != L"0");
       return;
     case MainId::MenuSearchOnline:
-      if (const TSoftRow* row = SelectedRow())
+      if (const SoftRow* row = SelectedRow())
         platform.shell.Execute(L"open", kSearchBrowser, SearchOnlineParameter(row->caption), L"",
                                ShowCmd::Normal);
       return;
@@ -777,7 +777,7 @@ LRESULT TUninstallForm_Main::HandleMessage(UINT message, WPARAM wParam, LPARAM l
       if (KeepFocus(wParam, false)) return 0;
       break;
     case WM_ROW_GROUP: {
-      const TSoftRow* row = RowAt(static_cast<int>(wParam));
+      const SoftRow* row = RowAt(static_cast<int>(wParam));
       return row ? row->group : 0;
     }
     case WM_DRAIN_HANDOVERS:

@@ -34,7 +34,7 @@ class TLogManager_Form;
 // the details panel and the commands on a program.
 class TUninstallForm_Main : public controls::BaseWindow, public IInventoryView {
  public:
-  explicit TUninstallForm_Main(TApplication& app);
+  explicit TUninstallForm_Main(Application& app);
   ~TUninstallForm_Main() override;
 
   // The windows created after this one, which it opens.
@@ -58,7 +58,7 @@ class TUninstallForm_Main : public controls::BaseWindow, public IInventoryView {
   struct Messages {
     std::wstring searchSoftware, softwareFormat, sureUninstall, selectProgram, selectOneItem,
         sureRemoveEntry, oneItem, items, unknownOs, groupPrograms, groupToolbars, groupUpdates;
-    TExportLabels exportLabels;
+    ExportLabels exportLabels;
   };
 
   // FormCreate and the rest of the start-up.
@@ -77,8 +77,8 @@ class TUninstallForm_Main : public controls::BaseWindow, public IInventoryView {
   void ShowCategory(int button);
   void SortList();
   void ShowCount();
-  const TSoftRow* RowAt(int item) const;
-  const TSoftRow* SelectedRow() const;
+  const SoftRow* RowAt(int item) const;
+  const SoftRow* SelectedRow() const;
   void FillDispInfo(NMLVDISPINFOW& info);
   static int CALLBACK CompareRows(LPARAM a, LPARAM b, LPARAM self);
 
@@ -87,7 +87,7 @@ class TUninstallForm_Main : public controls::BaseWindow, public IInventoryView {
   void SearchExit();
   void SearchKeyUp(unsigned key);
   void SearchClear();
-  void ApplySearchLook(const TSearchBoxLook& look);
+  void ApplySearchLook(const SearchBoxLook& look);
   static LRESULT CALLBACK SearchProc(HWND, UINT, WPARAM, LPARAM, UINT_PTR, DWORD_PTR);
 
   // Details and commands.
@@ -103,15 +103,15 @@ class TUninstallForm_Main : public controls::BaseWindow, public IInventoryView {
   int Ask(const std::wstring& text, UINT flags);
   void FitColumns();
 
-  TApplication& app_;
+  Application& app_;
   TUninstalling_Form* uninstalling_ = nullptr;
   TForceUninstall_Form* force_ = nullptr;
   TPowerScan_Form* scan_ = nullptr;
   TLogManager_Form* logs_ = nullptr;
 
-  TMainWindowState state_;
+  MainWindowState state_;
   std::unique_ptr<TSoftwareInfo> inventory_;
-  std::unordered_map<int, TSoftRow> rows_;  // by record index, for the rows shown
+  std::unordered_map<int, SoftRow> rows_;  // by record index, for the rows shown
   Messages messages_;
   bool firstActivation_ = true;
   bool listStyleFlag_ = false;  // consumed by later work on the window
@@ -131,7 +131,7 @@ class TUninstallForm_Main : public controls::BaseWindow, public IInventoryView {
   controls::UniqueFont font_, boldFont_, linkFont_;
   controls::PopupMenu softMenu_;
   controls::PopupMenu managerMenu_;
-  std::unique_ptr<TFormTexts> texts_;
+  std::unique_ptr<FormTexts> texts_;
   UINT dpi_ = 96;
 };
 

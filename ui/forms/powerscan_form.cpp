@@ -73,7 +73,7 @@ class TPowerScan_Form::NodeImages : public IImageList {
   controls::UniqueImageList list_;
 };
 
-TPowerScan_Form::TPowerScan_Form(TApplication& app, HWND owner)
+TPowerScan_Form::TPowerScan_Form(Application& app, HWND owner)
     : Form(app), images_(std::make_unique<NodeImages>()) {
   const UINT dpi = controls::DpiOf(owner);
   if (!Create(kFormName, controls::Scale(600, dpi), controls::Scale(460, dpi), owner,
@@ -113,8 +113,8 @@ void TPowerScan_Form::CreateControls() {
 
 // FormCreate: the window's texts and its eight messages.
 void TPowerScan_Form::LoadTexts() {
-  texts_ = std::make_unique<TFormTexts>(kFormName, hwnd_);
-  TFormTexts& t = *texts_;
+  texts_ = std::make_unique<FormTexts>(kFormName, hwnd_);
+  FormTexts& t = *texts_;
   t.AddWindow(L"Label_UninstallScanTitle", ComponentKind::Label, title_.Handle());
   t.AddWindow(L"Label_DeletePath", ComponentKind::Label, deletePath_.Handle());
   t.AddWindow(L"Button_Delete", ComponentKind::Button, delete_.Handle());

@@ -25,7 +25,7 @@ namespace varnel::forms {
 // CheckTree's and LeftoverDeletion's; the window shows them.
 class TPowerScan_Form : public Form, public IResultsTree, private IDeletionProgress {
  public:
-  TPowerScan_Form(TApplication& app, HWND owner);
+  TPowerScan_Form(Application& app, HWND owner);
   ~TPowerScan_Form() override;
 
   // Empties the tree before a scan fills it.
@@ -90,7 +90,7 @@ class TPowerScan_Form : public Form, public IResultsTree, private IDeletionProgr
   controls::Button delete_, cancelButton_, selectAllButton_;
   controls::UniqueImageList checks_;
   controls::UniqueFont font_, titleFont_;
-  std::unique_ptr<TFormTexts> texts_;
+  std::unique_ptr<FormTexts> texts_;
 };
 
 }  // namespace varnel::forms

@@ -51,13 +51,13 @@ class BusyScope {
 
 }  // namespace
 
-TUninstalling_Form::TUninstalling_Form(TApplication& app, HWND owner) : Form(app) {
+TUninstalling_Form::TUninstalling_Form(Application& app, HWND owner) : Form(app) {
   const UINT dpi = controls::DpiOf(owner);
   if (!Create(kFormName, controls::Scale(540, dpi), controls::Scale(400, dpi), owner,
               WS_POPUPWINDOW | WS_CAPTION | WS_DLGFRAME))
     return;
   CreateControls();
-  sequence_ = std::make_unique<TUninstallSequence>(app.Machine(), *this, LoadTexts());
+  sequence_ = std::make_unique<UninstallSequence>(app.Machine(), *this, LoadTexts());
   Layout();
 }
 
@@ -97,9 +97,9 @@ void TUninstalling_Form::CreateControls() {
   scan_.Enable(false);
 }
 
-TUninstallTexts TUninstalling_Form::LoadTexts() {
-  texts_ = std::make_unique<TFormTexts>(kFormName, hwnd_);
-  TFormTexts& t = *texts_;
+UninstallTexts TUninstalling_Form::LoadTexts() {
+  texts_ = std::make_unique<FormTexts>(kFormName, hwnd_);
+  FormTexts& t = *texts_;
   t.AddWindow(L"Label_UninstallMode", ComponentKind::Label, modeLabel_.Handle());
   t.AddWindow(L"Label_Standard", ComponentKind::Label, standardChoice_.Handle());
   t.AddWindow(L"Label_Advanced", ComponentKind::Label, advancedChoice_.Handle());
@@ -114,7 +114,7 @@ TUninstallTexts TUninstalling_Form::LoadTexts() {
   t.AddWindow(L"Button_Cancel", ComponentKind::Button, cancel_.Handle());
   const auto language = TranslateForm(app_.Machine(), t);
   auto m = [&](std::wstring_view key) { return CatalogMessage(*language, kFormName, key); };
-  TUninstallTexts texts;
+  UninstallTexts texts;
   texts.NoLeftFind = m(L"M_NoLeftFind");
   texts.CreateRestorePoint = m(L"M_CreateRestorePoint");
   texts.CreateRegBackup = m(L"M_CreateRegBackup");
@@ -178,7 +178,7 @@ void TUninstalling_Form::Layout() {
   scan_.Move(r.right - s(16) - s(100) - s(8) - s(130), buttonTop, s(130), s(28));
 }
 
-void TUninstalling_Form::SetSoftware(const TSoftList* list) {
+void TUninstalling_Form::SetSoftware(const SoftList* list) {
   software_ = list;
   if (sequence_) sequence_->SetSoftware(list);
 }
@@ -267,7 +267,7 @@ void TUninstalling_Form::ScanClick() {
   results_->ClearResults();
   {
     BusyScope busy(busy_);
-    TScanDriver driver(app_.Machine(), [this] { ProcessMessages(); });
+    ScanDriver driver(app_.Machine(), [this] { ProcessMessages(); });
     sequence_->Scan(driver, nullptr, *results_, results_->Images());
   }
   running_[2] = false;

@@ -19,17 +19,17 @@ namespace varnel::forms {
 
 class TPowerScan_Form;
 
-// The uninstalling window: the steps of TUninstallSequence as lines with
+// The uninstalling window: the steps of UninstallSequence as lines with
 // markers, the mode choice, Cancel and "Powerful Scan".
 class TUninstalling_Form : public Form, public IUninstallView {
  public:
-  TUninstalling_Form(TApplication& app, HWND owner);
+  TUninstalling_Form(Application& app, HWND owner);
   ~TUninstalling_Form() override;
 
   // The results window the scan fills and shows.
   void SetResultsWindow(TPowerScan_Form* results) { results_ = results; }
   // The software list the job indexes point into; it must outlive the showing.
-  void SetSoftware(const TSoftList* list);
+  void SetSoftware(const SoftList* list);
   // Record indexes as decimal text (mode 0) or a file path (mode 1); a
   // missing list changes nothing.
   void SetJobs(const std::vector<std::wstring>* jobs, int mode);
@@ -59,7 +59,7 @@ class TUninstalling_Form : public Form, public IUninstallView {
   static constexpr int kSteps = 3;
 
   void CreateControls();
-  TUninstallTexts LoadTexts();
+  UninstallTexts LoadTexts();
   void Layout();
   void CancelClick();
   void ScanClick();
@@ -70,9 +70,9 @@ class TUninstalling_Form : public Form, public IUninstallView {
   void Animate();
   HWND StepLabel(StepLine line) const;
 
-  std::unique_ptr<TUninstallSequence> sequence_;
+  std::unique_ptr<UninstallSequence> sequence_;
   TPowerScan_Form* results_ = nullptr;
-  const TSoftList* software_ = nullptr;
+  const SoftList* software_ = nullptr;
   bool advanced_ = false;
   bool busy_ = false;  // the sequence or the scan runs
   bool running_[kSteps] = {};
@@ -86,7 +86,7 @@ class TUninstalling_Form : public Form, public IUninstallView {
   controls::Label restorePoint_, regBackup_, restoreInfo_, uninstalling_, uninstallInfo_,
       powerScan_, powerScanInfo_;
   controls::UniqueFont font_, boldFont_;
-  std::unique_ptr<TFormTexts> texts_;
+  std::unique_ptr<FormTexts> texts_;
 };
 
 }  // namespace varnel::forms

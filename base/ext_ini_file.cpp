@@ -1,4 +1,4 @@
-#include "ui/ext_ini_file.h"
+#include "base/ext_ini_file.h"
 
 #include <algorithm>
 #include <limits>
@@ -6,9 +6,9 @@
 #include <unordered_map>
 #include <utility>
 
-#include "core/date_time.h"
-#include "core/text.h"
-#include "core/text_file.h"
+#include "base/date_time.h"
+#include "base/text.h"
+#include "base/text_file.h"
 
 namespace varnel {
 

@@ -1,10 +1,10 @@
-#include "core/date_time.h"
+#include "base/date_time.h"
 
 #include <charconv>
 #include <cmath>
 #include <cstdio>
 
-#include "core/text.h"
+#include "base/text.h"
 
 namespace varnel {
 namespace {

@@ -1,8 +1,8 @@
-#include "core/text_file.h"
+#include "base/text_file.h"
 
 #include <algorithm>
 
-#include "core/text.h"
+#include "base/text.h"
 
 namespace varnel {
 
