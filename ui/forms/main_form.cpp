@@ -1,34 +1,16 @@
 #include "ui/forms/main_form.h"
 
 #include <commctrl.h>
-#include <commdlg.h>
-#include <shellapi.h>
 #include <uxtheme.h>
 #include <windowsx.h>
-
-#include <stdexcept>
 
 #include "controls/dpi.h"
 #include "core/app_frame.h"
 #include "core/data_folder.h"
-#include "base/date_time.h"
-#include "core/file_version.h"
-#include "core/os_name.h"
-#include "core/registry_editor.h"
-#include "base/text.h"
-#include "base/text_file.h"
-#include "ui/forms/force_uninstall_form.h"
 #include "ui/forms/main_form_ids.h"
 #include "ui/forms/private_messages.h"
-#include "ui/forms/log_manager_form.h"
-#include "ui/forms/powerscan_form.h"
-#include "ui/forms/uninstalling_form.h"
 #include "ui/language_catalog.h"
-#include "ui/restore_launcher.h"
 #include "ui/right_menu.h"
-#include "ui/row_compare.h"
-#include "ui/row_details.h"
-#include "ui/soft_commands.h"
 #include "ui/timing_trace.h"
 
 namespace varnel::forms {
@@ -38,20 +20,10 @@ namespace {
 constexpr wchar_t kClassName[] = L"TUninstallForm_Main";
 constexpr wchar_t kFormName[] = L"UninstallForm_Main";
 constexpr UINT_PTR kGetSoftwareTimer = 1;
-constexpr UINT_PTR kSearchSubclass = 1;
 
 const wchar_t* const kCategoryLabels[6] = {
     L"Label_AllProgrames",  L"Label_Toolbar",    L"Label_RecentlyInstalled",
     L"Label_LargeProgrames", L"Label_RarelyUsed", L"Label_WindowsUpdates"};
-
-// An export that cannot be written surfaces as an exception, as any other
-// failure of a command does, and lands in the error log.
-class EFCreateError : public std::runtime_error {
- public:
-  using std::runtime_error::runtime_error;
-};
-
-HICON IconOf(const IconHandle& handle) { return static_cast<HICON>(handle.get()); }
 
 }  // namespace
 
@@ -62,10 +34,7 @@ TUninstallForm_Main::TUninstallForm_Main(Application& app) : app_(app) {
              controls::Scale(940, dpi_), controls::Scale(640, dpi_), nullptr);
 }
 
-TUninstallForm_Main::~TUninstallForm_Main() {
-  inventory_.reset();
-  if (search_) RemoveWindowSubclass(search_.Handle(), &SearchProc, kSearchSubclass);
-}
+TUninstallForm_Main::~TUninstallForm_Main() { inventory_.reset(); }
 
 void TUninstallForm_Main::SetPeers(TUninstalling_Form& uninstalling, TForceUninstall_Form& force,
                                    TPowerScan_Form& scan, TLogManager_Form& logs) {
@@ -94,13 +63,16 @@ void TUninstallForm_Main::CreateControls() {
     if (i == 0) style |= WS_GROUP;
     categories_[i] = CreateChild(hwnd_, L"BUTTON", L"", style, MainId::CategoryFirst + i);
   }
-  search_.Attach(CreateChild(hwnd_, L"EDIT", L"", ES_AUTOHSCROLL | WS_TABSTOP | WS_GROUP,
-                             MainId::SearchEdit, WS_EX_CLIENTEDGE));
-  SetWindowSubclass(search_.Handle(), &SearchProc, kSearchSubclass,
-                    reinterpret_cast<DWORD_PTR>(this));
-  searchClear_.Attach(
-      CreateChild(hwnd_, L"BUTTON", L"\u00d7", BS_PUSHBUTTON | WS_TABSTOP, MainId::SearchClear));
-  searchClear_.Show(false);
+  controls::SearchBox::Events events;
+  events.enter = [this] {
+    ApplySearchLook(SearchBoxOnEnter(search_.Text(), messages_.searchSoftware));
+  };
+  events.exit = [this] {
+    ApplySearchLook(SearchBoxOnExit(search_.Text(), messages_.searchSoftware));
+  };
+  events.keyUp = [this](unsigned key) { SearchKeyUp(key); };
+  events.cleared = [this] { SearchCleared(); };
+  search_.Create(hwnd_, MainId::SearchEdit, MainId::SearchClear, std::move(events));
   list_.Attach(CreateChild(hwnd_, WC_LISTVIEWW, L"",
                            LVS_REPORT | LVS_SHOWSELALWAYS | LVS_SINGLESEL | LVS_SHAREIMAGELISTS |
                                WS_TABSTOP | WS_GROUP,
@@ -227,55 +199,6 @@ void TUninstallForm_Main::LoadTexts() {
   messages_.exportLabels = LoadExportLabels(*language);
 }
 
-void TUninstallForm_Main::ApplyDpi() {
-  font_ = controls::MessageFont(dpi_);
-  boldFont_ = controls::MessageFont(dpi_, true);
-  linkFont_ = controls::MessageFont(dpi_, false, true);
-  for (HWND child = GetWindow(hwnd_, GW_CHILD); child; child = GetWindow(child, GW_HWNDNEXT))
-    controls::Window(child).SetFont(font_.get());
-  detailsName_.SetFont(boldFont_.get());
-  UpdateDetails();
-  Layout();
-}
-
-void TUninstallForm_Main::Layout() {
-  if (!list_) return;
-  RECT r;
-  GetClientRect(hwnd_, &r);
-  auto s = [this](int v) { return controls::Scale(v, dpi_); };
-  const int m = s(10), left = s(180), button = s(32), gap = s(6);
-  const int width = r.right, height = r.bottom;
-  for (int i = 0; i < 6; ++i)
-    controls::Window(categories_[i]).Move(m, m + i * (button + gap), left - m, button);
-  int y = m + 6 * (button + gap) + s(18);
-  for (controls::Button* b : {&uninstall_, &batch_, &forceUninstall_, &more_}) {
-    b->Move(m, y, left - m, button);
-    y += button + gap;
-  }
-  bottomInfo_.Move(m, height - m - s(20), left - m, s(20));
-
-  const int x = left + m, rowH = s(22), detailsH = s(96);
-  const int searchH = controls::SingleLineEditHeight(search_.Handle(), dpi_);
-  search_.Move(x, m, width - x - m - searchH - s(4), searchH);
-  searchClear_.Move(width - m - searchH, m, searchH, searchH);
-  const int listTop = m + searchH + s(8);
-  const int listH = height - m - detailsH - s(8) - listTop;
-  list_.Move(x, listTop, width - x - m, listH > 0 ? listH : 0);
-  FitColumns();
-
-  const int dy = height - m - detailsH;
-  detailsIcon_.Move(x, dy + s(4), s(48), s(48));
-  const int tx = x + s(60), title = s(90), valueW = width - tx - title - m;
-  detailsName_.Move(tx, dy, width - tx - m, rowH);
-  versionTitle_.Move(tx, dy + rowH, title, rowH);
-  version_.Move(tx + title, dy + rowH, valueW, rowH);
-  publisherTitle_.Move(tx, dy + 2 * rowH, title, rowH);
-  publisher_.Move(tx + title, dy + 2 * rowH, valueW, rowH);
-  helpTitle_.Move(tx, dy + 3 * rowH, title, rowH);
-  help_.Move(tx + title, dy + 3 * rowH, valueW, rowH);
-  detailsIdle_.Move(x, dy + s(30), width - x - m, rowH);
-}
-
 void TUninstallForm_Main::FormActivate() {
   if (!firstActivation_) return;
   firstActivation_ = false;
@@ -316,455 +239,8 @@ void TUninstallForm_Main::ActivateInstance() {
   SetForegroundWindow(hwnd_);
 }
 
-int TUninstallForm_Main::ShowSoftwareList(int filter, const std::wstring& search) {
-  if (!list_) return -1;
-  std::vector<SoftRow> rows;
-  if (inventory_)
-    rows = SelectRows(inventory_->Items(), filter, search, NowLocal(app_.Machine().system));
-  list_.SetRedraw(false);
-  list_.DeleteAll();
-  rows_.clear();
-  list_.SetItemCountHint(static_cast<int>(rows.size()));
-  int at = 0;
-  for (SoftRow& row : rows) {
-    const int index = row.index;
-    const int group = row.group;
-    rows_.emplace(index, std::move(row));
-    list_.InsertCallbackItem(at++, index, group);
-  }
-  list_.SetRedraw(true);
-  FitColumns();
-  list_.Invalidate();
-  UpdateDetails();
-  return filter;
-}
-
-// The name column takes what the others leave of the list's client width,
-// which loses the scroll bar's room only while there is one; never less
-// than 300.
-void TUninstallForm_Main::FitColumns() {
-  const int rest = list_.Client().right - list_.ColumnWidth(1) - list_.ColumnWidth(2);
-  const int least = controls::Scale(300, dpi_);
-  list_.SetColumnWidth(0, rest > least ? rest : least);
-}
-
-void TUninstallForm_Main::ShowCategory(int button) {
-  // A box with the keys in it (F5 there) is emptied as on entering: no placeholder to type into.
-  ApplySearchLook(GetFocus() == search_.Handle() ? SearchBoxOnEnter(L"", messages_.searchSoftware)
-                                                 : SearchBoxOnExit(L"", messages_.searchSoftware));
-  if (!state_.ChooseCategory(button)) {
-    if (button >= 0 && button < 6) controls::Button(categories_[button]).SetChecked(true);
-    return;
-  }
-  ShowSoftwareList(state_.Filter(), L"");
-  for (int i = 0; i < 6; ++i) controls::Button(categories_[i]).SetChecked(i == state_.Category());
-  ShowCount();
-  SortList();
-}
-
-void TUninstallForm_Main::ShowCount() {
-  const int count = list_.Count();
-  list_.SetColumnText(0, FormatCount(messages_.softwareFormat, count));
-  bottomInfo_.SetText(count == 1 ? messages_.oneItem : FormatCount(messages_.items, count));
-}
-
-int CALLBACK TUninstallForm_Main::CompareRows(LPARAM a, LPARAM b, LPARAM self) {
-  auto* form = reinterpret_cast<TUninstallForm_Main*>(self);
-  try {
-    const auto left = form->rows_.find(static_cast<int>(a));
-    const auto right = form->rows_.find(static_cast<int>(b));
-    if (left == form->rows_.end() || right == form->rows_.end()) return 0;
-    const int column = form->state_.SortColumn();
-    return varnel::CompareRows(form->app_.Machine().system, column, left->second, right->second,
-                               form->state_.Direction(column));
-  } catch (...) {
-    return 0;
-  }
-}
-
-void TUninstallForm_Main::SortList() {
-  list_.Sort(&TUninstallForm_Main::CompareRows, reinterpret_cast<LPARAM>(this));
-  const int column = state_.SortColumn();
-  for (int c = 0; c < MainId::VisibleColumns; ++c) {
-    // Direction flag set = the comparison negated = descending.
-    const int arrow = c != column ? 0 : state_.Direction(c) ? HDF_SORTDOWN : HDF_SORTUP;
-    list_.SetSortArrow(c, arrow);
-  }
-}
-
-const SoftRow* TUninstallForm_Main::RowAt(int item) const {
-  if (item < 0) return nullptr;
-  const auto it = rows_.find(static_cast<int>(list_.ItemParam(item)));
-  return it == rows_.end() ? nullptr : &it->second;
-}
-
-const SoftRow* TUninstallForm_Main::SelectedRow() const { return RowAt(list_.Selected()); }
-
-void TUninstallForm_Main::FillDispInfo(NMLVDISPINFOW& info) {
-  const auto it = rows_.find(static_cast<int>(info.item.lParam));
-  if (it == rows_.end()) return;
-  const SoftRow& row = it->second;
-  if (info.item.mask & LVIF_TEXT) {
-    const int sub = info.item.iSubItem;
-    const std::wstring* text = sub == 0 ? &row.caption
-                               : sub <= SubItem::Count ? &row.sub[sub - 1]
-                                                       : nullptr;
-    if (text && info.item.pszText && info.item.cchTextMax > 0)
-      lstrcpynW(info.item.pszText, text->c_str(), info.item.cchTextMax);
-  }
-  if (info.item.mask & LVIF_IMAGE) info.item.iImage = row.image;
-}
-
-int TUninstallForm_Main::AddIcons(const IconHandle& small, const IconHandle& large) {
-  small_.Add(IconOf(small));
-  large_.Add(IconOf(large));
-  big48_.Add(IconOf(large));
-  return small_.Count() - 1;
-}
-
-void TUninstallForm_Main::UpdateRow(int index, const TSoftInfo& info) {
-  const auto it = rows_.find(index);
-  if (it == rows_.end()) return;
-  RefreshRow(it->second, info);
-  const int item = list_.FindParam(index);
-  if (item < 0) return;
-  list_.Update(item);
-  if (item == list_.Selected()) UpdateDetails();
-}
-
-void TUninstallForm_Main::ApplySearchLook(const SearchBoxLook& look) {
-  if (!look.keepText) search_.SetText(look.text);
-  searchClear_.Show(look.clearButton);
-  searchFontColour_ = look.fontColour;
-  if (!searchBrush_ || look.boxColour != searchBoxColour_) {
-    searchBoxColour_ = look.boxColour;
-    searchBrush_.reset(CreateSolidBrush(searchBoxColour_));
-  }
-  search_.Invalidate();
-}
-
-void TUninstallForm_Main::SearchEnter() {
-  ApplySearchLook(SearchBoxOnEnter(search_.Text(), messages_.searchSoftware));
-}
-
-void TUninstallForm_Main::SearchExit() {
-  ApplySearchLook(SearchBoxOnExit(search_.Text(), messages_.searchSoftware));
-}
-
-void TUninstallForm_Main::SearchKeyUp(unsigned key) {
-  const SearchBoxLook look = SearchBoxOnKeyUp(search_.Text(), key);
-  ApplySearchLook(look);
-  searchFontColour_ = SearchColour::Black;
-  ShowSoftwareList(state_.Filter(), text::Trim(search_.Text()));
-  ShowCount();
-  SortList();
-}
-
-void TUninstallForm_Main::SearchClear() {
-  search_.SetText(L"");
-  searchClear_.Show(false);
-  ShowSoftwareList(state_.Filter(), L"");
-  ShowCount();
-  SortList();
-}
-
-LRESULT CALLBACK TUninstallForm_Main::SearchProc(HWND hwnd, UINT message, WPARAM wParam,
-                                                 LPARAM lParam, UINT_PTR, DWORD_PTR data) {
-  if (message == WM_KEYUP) {
-    try {
-      reinterpret_cast<TUninstallForm_Main*>(data)->SearchKeyUp(static_cast<unsigned>(wParam));
-    } catch (...) {
-      controls::ReportException(std::current_exception());
-    }
-  }
-  return DefSubclassProc(hwnd, message, wParam, lParam);
-}
-
-void TUninstallForm_Main::UpdateDetails() {
-  const RowDetails d = DetailsOf(SelectedRow());
-  detailsIdle_.Show(d.idlePicture);
-  detailsName_.SetText(d.name);
-  version_.SetText(d.version);
-  publisher_.SetText(d.publisher);
-  help_.SetText(d.helpInfo);
-  help_.SetFont(d.helpIsLink ? linkFont_.get() : font_.get());
-  detailsName_.Show(!d.idlePicture);
-  detailsIcon_.Show(!d.idlePicture);
-  versionTitle_.Show(d.showVersion);
-  version_.Show(d.showVersion);
-  publisherTitle_.Show(d.showPublisher);
-  publisher_.Show(d.showPublisher);
-  helpTitle_.Show(d.showHelpInfo);
-  help_.Show(d.showHelpInfo);
-  controls::UniqueHicon icon = d.idlePicture ? controls::UniqueHicon() : big48_.Icon(d.image);
-  detailsIcon_.SetIcon(icon.get());
-  detailsIconHandle_ = std::move(icon);
-}
-
-int TUninstallForm_Main::Ask(const std::wstring& text, UINT flags) {
-  return MessageBoxW(hwnd_, text.c_str(), controls::Window(hwnd_).Text().c_str(), flags);
-}
-
-void TUninstallForm_Main::ContextMenu(int x, int y) {
-  const SoftRow* row = SelectedRow();
-  const SoftMenuState state = MenuStateFor(app_.Machine(), row);
-  softMenu_.Enable(MainId::MenuUninstall, state.uninstall);
-  softMenu_.Enable(MainId::MenuOpenFolder, state.openFolder);
-  softMenu_.Enable(MainId::MenuSearchOnline, state.searchOnline);
-  softMenu_.Enable(MainId::MenuViewEntry, state.viewEntry);
-  const bool icons = list_.View() == LV_VIEW_ICON;
-  softMenu_.Check(MainId::MenuViewIcons, icons);
-  softMenu_.Check(MainId::MenuViewDetails, !icons);
-  if (x == -1 && y == -1) {
-    // From the keyboard: at the selected row, or the list's corner.
-    RECT r = list_.Bounds();
-    x = r.left + controls::Scale(24, dpi_);
-    y = r.top + controls::Scale(24, dpi_);
-    const int item = list_.Selected();
-    RECT itemRect{LVIR_BOUNDS, 0, 0, 0};
-    if (item >= 0 &&
-        SendMessageW(list_.Handle(), LVM_GETITEMRECT, item, reinterpret_cast<LPARAM>(&itemRect))) {
-      POINT p{itemRect.left + controls::Scale(24, dpi_), itemRect.bottom};
-      ClientToScreen(list_.Handle(), &p);
-      x = p.x;
-      y = p.y;
-    }
-  }
-  softMenu_.Track(hwnd_, x, y);
-}
-
-void TUninstallForm_Main::UninstallClick() {
-  std::vector<const SoftRow*> checked;
-  if (state_.BatchMode()) {
-    for (int i = 0, n = list_.Count(); i < n; ++i)
-      if (list_.Checked(i)) checked.push_back(RowAt(i));
-  }
-  // Every checked row goes in one hand-over: one sequence runs them in turn.
-  const std::vector<std::wstring> jobs =
-      UninstallJobs(state_.BatchMode(), checked, SelectedRow());
-  if (jobs.empty()) {
-    Ask(state_.BatchMode() ? messages_.selectOneItem : messages_.selectProgram,
-        MB_OK | MB_ICONINFORMATION);
-    return;
-  }
-  if (Ask(messages_.sureUninstall, MB_YESNO | MB_ICONQUESTION) != IDYES) return;
-  if (!uninstalling_ || !inventory_) return;
-  uninstalling_->SetSoftware(&inventory_->Items());
-  uninstalling_->SetJobs(&jobs, JobMode::Uninstall);
-  uninstalling_->CenterOver(hwnd_);
-  uninstalling_->ShowModal(hwnd_);
-  app_.ProcessMessages();
-  app_.Dispatcher().WaitAndDrain(std::chrono::milliseconds(10));
-  RefreshClick();
-}
-
-void TUninstallForm_Main::BatchClick() {
-  const bool on = state_.ToggleBatch();
-  batch_.SetChecked(on);
-  if (on) list_.SetChecked(-1, false);
-  list_.SetExtendedStyle(LVS_EX_CHECKBOXES, on ? LVS_EX_CHECKBOXES : 0);
-  if (on) list_.SetChecked(-1, false);
-}
-
-void TUninstallForm_Main::RemoveEntryClick() {
-  const SoftRow* row = SelectedRow();
-  if (!row) return;
-  const std::wstring indexText = row->sub[SubItem::RecordIndex];
-  if (Ask(messages_.sureRemoveEntry, MB_YESNO | MB_ICONQUESTION) != IDYES) return;
-  const int index = RecordIndexOf(indexText);
-  // The first record is never removed this way, deliberately.
-  if (!MayRemoveEntry(index) || !inventory_) return;
-  if (inventory_->RemoveSoftwareEntry(index)) RefreshClick();
-}
-
-void TUninstallForm_Main::RefreshClick() {
-  if (!inventory_) return;
-  inventory_->RefreshInventory();
-  rows_.clear();
-  state_.ResetFilter();
-  const int count = list_.Count();
-  if (count > 0) list_.DeleteItem(count - 1);
-  SortList();
-  ShowCategory(state_.Category());
-}
-
-void TUninstallForm_Main::ExportListClick() {
-  const Platform& platform = app_.Machine();
-  std::wstring buffer(32768, L'\0');
-  const std::wstring proposed = messages_.exportLabels.saveDlgName;
-  lstrcpynW(buffer.data(), proposed.c_str(), static_cast<int>(buffer.size()));
-  static const wchar_t kFilter[] = L"Text(*.txt)\0*.txt\0";
-  OPENFILENAMEW dialog{};
-  dialog.lStructSize = sizeof dialog;
-  dialog.hwndOwner = hwnd_;
-  dialog.lpstrFilter = kFilter;
-  dialog.nFilterIndex = 1;
-  dialog.lpstrFile = buffer.data();
-  dialog.nMaxFile = static_cast<DWORD>(buffer.size());
-  dialog.lpstrDefExt = L"txt";
-  dialog.Flags = OFN_EXPLORER | OFN_HIDEREADONLY | OFN_ENABLESIZING | OFN_NOCHANGEDIR;
-  if (!GetSaveFileNameW(&dialog)) return;
-  const std::wstring name = ExportFileName(buffer.c_str());
-  const std::wstring module = platform.system.ModulePath();
-  const auto now = platform.system.ToLocalTime(platform.system.Now()).value_or(LocalDateTime{});
-  static const SoftList kNone;
-  const std::wstring content =
-      ExportListText(inventory_ ? inventory_->Items() : kNone, messages_.exportLabels,
-                     GetFileVersionText(platform.system, module, 3), GetOSName(platform.system),
-                     now);
-  if (!WriteTextFile(platform.files, name, content))
-    throw EFCreateError("Cannot create file \"" + text::ToUtf8(name) + "\"");
-  ShellExecuteW(hwnd_, L"open", name.c_str(), nullptr, nullptr, SW_SHOWNORMAL);
-}
-
-void TUninstallForm_Main::RestorePointClick() {
-  if (!LaunchRestoreTool(app_.Machine())) Ask(messages_.unknownOs, MB_OK | MB_ICONWARNING);
-}
-
-void TUninstallForm_Main::OpenForcedUninstall(const std::wstring& file) {
-  if (!force_) return;
-  std::wstring target;
-  if (!file.empty()) {
-    const auto found = ForcedUninstallTarget(app_.Machine(), file);
-    if (!found) return;
-    target = *found;
-  }
-  force_->SetSoftware(inventory_ ? &inventory_->Items() : nullptr, small_.Handle(),
-                      [this] { RefreshClick(); });
-  force_->SetFile(target);
-  force_->CenterOver(hwnd_);
-  force_->ShowModeless();
-}
-
-void TUninstallForm_Main::OnCommand(int id, int code, HWND) {
-  const Platform& platform = app_.Machine();
-  if (id >= MainId::CategoryFirst && id < MainId::CategoryFirst + 6) {
-    if (code == BN_CLICKED) ShowCategory(id - MainId::CategoryFirst);
-    return;
-  }
-  switch (id) {
-    case MainId::SearchEdit:
-      if (code == EN_SETFOCUS) SearchEnter();
-      if (code == EN_KILLFOCUS) SearchExit();
-      return;
-    case MainId::SearchClear:
-      SearchClear();
-      return;
-    case MainId::Uninstall:
-    case MainId::MenuUninstall:
-      UninstallClick();
-      return;
-    case MainId::BatchUninstall:
-      BatchClick();
-      return;
-    case MainId::ForceUninstall:
-      OpenForcedUninstall(L"");
-      return;
-    case MainId::More: {
-      RECT r = more_.Bounds();
-      managerMenu_.Track(hwnd_, r.left, r.bottom);
-      return;
-    }
-    case MainId::DetailsHelp:
-      if (code == STN_CLICKED) OpenHelpLink(platform, help_.Text());
-      return;
-    case MainId::MenuRemoveEntry:
-      RemoveEntryClick();
-      return;
-    case MainId::MenuRefresh:
-    case Shortcut::Refresh:
-      RefreshClick();
-      return;
-    case Shortcut::Search:
-      search_.Focus();
-      search_.SelectAll();
-      return;
-    case MainId::MenuViewIcons:
-      list_.SetView(LV_VIEW_ICON);
-      return;
-    case MainId::MenuViewDetails:
-      list_.SetView(LV_VIEW_DETAILS);
-      return;
-    case MainId::MenuOpenFolder:
-      if (const SoftRow* row = SelectedRow())
-        platform.shell.Execute(L"open", row->sub[SubItem::InstallLocation], L"", L"",
-                               ShowCmd::Normal);
-      return;
-    case MainId::MenuViewEntry:
-      if (const SoftRow* row = SelectedRow())
-        OpenRegistryEditorAt(platform, RegistryKeyOf(*row), L"",
-                             row->sub[SubItem::Is64BitView] != L"0");
-      return;
-    case MainId::MenuSearchOnline:
-      if (const SoftRow* row = SelectedRow())
-        platform.shell.Execute(L"open", kSearchBrowser, SearchOnlineParameter(row->caption), L"",
-                               ShowCmd::Normal);
-      return;
-    case MainId::MenuExportList:
-      ExportListClick();
-      return;
-    case MainId::MenuLogManagement:
-      if (logs_) {
-        logs_->CenterOver(hwnd_);
-        logs_->ShowModal(hwnd_);
-      }
-      return;
-    case MainId::MenuRestorePoint:
-      RestorePointClick();
-      return;
-    default:
-      return;
-  }
-}
-
-LRESULT TUninstallForm_Main::OnNotify(NMHDR& header) {
-  if (header.hwndFrom == list_.Handle()) {
-    switch (header.code) {
-      case LVN_GETDISPINFOW:
-        FillDispInfo(reinterpret_cast<NMLVDISPINFOW&>(header));
-        return 0;
-      case LVN_COLUMNCLICK: {
-        const int column = reinterpret_cast<NMLISTVIEW&>(header).iSubItem;
-        if (state_.ClickColumn(column)) SortList();
-        return 0;
-      }
-      case LVN_ITEMCHANGED: {
-        const auto& change = reinterpret_cast<NMLISTVIEW&>(header);
-        if ((change.uChanged & LVIF_STATE) &&
-            ((change.uNewState ^ change.uOldState) & LVIS_SELECTED))
-          UpdateDetails();
-        return 0;
-      }
-      case NM_DBLCLK:
-        if (SelectedRow()) UninstallClick();
-        return 0;
-      case LVN_KEYDOWN:
-        if (reinterpret_cast<NMLVKEYDOWN&>(header).wVKey == VK_DELETE) UninstallClick();
-        return 0;
-      default:
-        return 0;
-    }
-  }
-  // The sub-item columns stay zero-width.
-  if (header.hwndFrom == list_.Header() &&
-      (header.code == HDN_BEGINTRACKW || header.code == HDN_DIVIDERDBLCLICKW)) {
-    return reinterpret_cast<NMHEADERW&>(header).iItem >= MainId::VisibleColumns ? TRUE : FALSE;
-  }
-  return 0;
-}
-
-void TUninstallForm_Main::OnSize(UINT, int, int) { Layout(); }
-
 void TUninstallForm_Main::OnTimer(UINT_PTR id) {
   if (id == kGetSoftwareTimer) TimerGetSoftware();
-}
-
-void TUninstallForm_Main::OnDpiChanged(UINT dpi, const RECT& suggested) {
-  dpi_ = dpi;
-  BaseWindow::OnDpiChanged(dpi, suggested);
-  list_.SetColumnWidth(1, controls::Scale(80, dpi_));
-  list_.SetColumnWidth(2, controls::Scale(130, dpi_));
-  ApplyDpi();
 }
 
 LRESULT TUninstallForm_Main::HandleMessage(UINT message, WPARAM wParam, LPARAM lParam) {
@@ -798,13 +274,9 @@ LRESULT TUninstallForm_Main::HandleMessage(UINT message, WPARAM wParam, LPARAM l
       }
       break;
     case WM_CTLCOLOREDIT:
-      if (reinterpret_cast<HWND>(lParam) == search_.Handle()) {
-        HDC dc = reinterpret_cast<HDC>(wParam);
-        SetTextColor(dc, searchFontColour_);
-        SetBkColor(dc, searchBoxColour_);
-        return reinterpret_cast<LRESULT>(searchBrush_ ? searchBrush_.get()
-                                                      : GetSysColorBrush(COLOR_WINDOW));
-      }
+      if (HBRUSH brush = search_.Colour(reinterpret_cast<HWND>(lParam),
+                                        reinterpret_cast<HDC>(wParam)))
+        return reinterpret_cast<LRESULT>(brush);
       break;
     case WM_CTLCOLORSTATIC:
       if (reinterpret_cast<HWND>(lParam) == help_.Handle() && help_.Text() != L"-") {
@@ -822,17 +294,11 @@ LRESULT TUninstallForm_Main::HandleMessage(UINT message, WPARAM wParam, LPARAM l
       break;
     case DM_GETDEFID:
       // Enter in the search box searches; elsewhere it uninstalls.
-      if (GetFocus() == search_.Handle()) return 0;
+      if (search_.HasFocus()) return 0;
       return MAKELRESULT(MainId::Uninstall, DC_HASDEFID);
-    case WM_DROPFILES: {
-      HDROP drop = reinterpret_cast<HDROP>(wParam);
-      std::wstring file(DragQueryFileW(drop, 0, nullptr, 0) + 1, L'\0');
-      const UINT length = DragQueryFileW(drop, 0, file.data(), static_cast<UINT>(file.size()));
-      DragFinish(drop);
-      file.resize(length);
-      if (length > 0) OpenForcedUninstall(file);
+    case WM_DROPFILES:
+      DropFiles(reinterpret_cast<HDROP>(wParam));
       return 0;
-    }
     case WM_CLOSE:
       FormClose();
       return 0;

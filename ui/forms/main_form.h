@@ -2,6 +2,8 @@
 
 #include <windows.h>
 
+#include <shellapi.h>
+
 #include <memory>
 #include <string>
 #include <unordered_map>
@@ -9,12 +11,12 @@
 
 #include "controls/base_window.h"
 #include "controls/button.h"
-#include "controls/edit.h"
 #include "controls/handles.h"
 #include "controls/image_list.h"
 #include "controls/label.h"
 #include "controls/list_view.h"
 #include "controls/menu.h"
+#include "controls/search_box.h"
 #include "inventory/inventory_view.h"
 #include "inventory/software_info.h"
 #include "ui/forms/application.h"
@@ -83,12 +85,9 @@ class TUninstallForm_Main : public controls::BaseWindow, public IInventoryView {
   static int CALLBACK CompareRows(LPARAM a, LPARAM b, LPARAM self);
 
   // The search box.
-  void SearchEnter();
-  void SearchExit();
   void SearchKeyUp(unsigned key);
-  void SearchClear();
+  void SearchCleared();
   void ApplySearchLook(const SearchBoxLook& look);
-  static LRESULT CALLBACK SearchProc(HWND, UINT, WPARAM, LPARAM, UINT_PTR, DWORD_PTR);
 
   // Details and commands.
   void UpdateDetails();
@@ -100,6 +99,7 @@ class TUninstallForm_Main : public controls::BaseWindow, public IInventoryView {
   void ExportListClick();
   void RestorePointClick();
   void OpenForcedUninstall(const std::wstring& file);
+  void DropFiles(HDROP drop);
   int Ask(const std::wstring& text, UINT flags);
   void FitColumns();
 
@@ -115,13 +115,9 @@ class TUninstallForm_Main : public controls::BaseWindow, public IInventoryView {
   Messages messages_;
   bool firstActivation_ = true;
   bool listStyleFlag_ = false;  // consumed by later work on the window
-  std::uint32_t searchFontColour_ = 0;
-  std::uint32_t searchBoxColour_ = 0;
-  controls::UniqueBrush searchBrush_;  // of searchBoxColour_
 
   HWND categories_[6] = {};
-  controls::Edit search_;
-  controls::Button searchClear_;
+  controls::SearchBox search_;
   controls::ListView list_;
   controls::Button uninstall_, batch_, forceUninstall_, more_;
   controls::Label detailsIcon_, detailsName_, versionTitle_, version_, publisherTitle_,
