@@ -14,8 +14,7 @@ import os
 import sys
 
 from e2e_common import Checks, cli_run, read_text
-from footprint import Snapshot
-from scan_check import is_noise
+from footprint import Snapshot, is_noise
 
 UNINSTALL = "hkcu\\software\\microsoft\\windows\\currentversion\\uninstall\\"
 ROOTS = {"HKEY_LOCAL_MACHINE": "hklm", "HKEY_CURRENT_USER": "hkcu", "HKEY_CLASSES_ROOT": "hkcr",

@@ -16,8 +16,7 @@ import re
 import sys
 
 from e2e_common import Checks, cli_run, load_samples, read_text
-from footprint import Snapshot, changes
-from scan_check import is_noise, physical, sample_sets, table, user_folders
+from footprint import Snapshot, changes, is_noise, load_table, physical, sample_sets
 
 # What may run after an uninstall besides what ran before it: the desktop the tool asks for,
 # consoles, and the helper that lists the processes.
@@ -106,7 +105,7 @@ def check_cleanup(checks, record, name):
     cleaned, restored = snapshot(record, "cleaned"), snapshot(record, "restored")
     # What the scan is documented to leave (shared vendor keys and folders, containers other
     # programs register below, the local application data) and may leave, scan_check's table says.
-    _, allowed, kept = sample_sets(table(user_folders(installed))["notes"], installed, True)
+    _, allowed, kept = sample_sets(load_table(installed)["notes"], installed, True)
     kept = set(kept) | {physical(installed, rid, True) for rid in allowed}
     own = {i for i in changes(others, installed) if not is_noise(i)}
     left = sorted(str(i) for i in own if cleaned.has(i) and i not in kept)
