@@ -30,8 +30,7 @@ done
 
 bash "$repo/tools/install-deps.sh" >/dev/null
 libxml2_root=$(bash "$repo/tools/build-libxml2-windows.sh" | tail -n1)
-cmake -S "$repo" -B "$build" -G Ninja -DCMAKE_TOOLCHAIN_FILE="$repo/cmake/toolchain-mingw64.cmake" \
-  -DVARNEL_LIBXML2_ROOT="$libxml2_root" >/dev/null
+cmake --preset windows -S "$repo" -B "$build" -DVARNEL_LIBXML2_ROOT="$libxml2_root" >/dev/null
 cmake --build "$build" -j2 --target VarnelUninstaller varnel_gui_bench >/dev/null
 
 prefix=$(mktemp -d "${TMPDIR:-/tmp}/bench-gui.XXXXXX")

@@ -13,8 +13,7 @@ repo=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 build=${VARNEL_BUILD_ROOT:-$repo/build}/bed-windows
 bash "$repo/tools/install-deps.sh" >/dev/null
 libxml2_root=$(bash "$repo/tools/build-libxml2-windows.sh" | tail -n1)
-cmake -S "$repo" -B "$build" -G Ninja -DCMAKE_TOOLCHAIN_FILE="$repo/cmake/toolchain-mingw64.cmake" \
-  -DVARNEL_LIBXML2_ROOT="$libxml2_root" >/dev/null
+cmake --preset windows -S "$repo" -B "$build" -DVARNEL_LIBXML2_ROOT="$libxml2_root" >/dev/null
 bench=varnel_inventory_bench
 if [ "${1:-}" = --scan ]; then
   bench=varnel_scan_bench

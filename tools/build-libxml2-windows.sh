@@ -40,6 +40,18 @@ work=$(mktemp -d "${TMPDIR:-/tmp}/varnel-libxml2.XXXXXX")
 trap 'rm -rf "$work"' EXIT
 cd "$work"
 echo "build-libxml2-windows: fetching Debian source libxml2 $version" >&2
+# Source entries are needed once, for this build only: add them beside the
+# machine's own sources (never editing those) when no configured one has them.
+if ! apt-get source --print-uris -qq libxml2 >/dev/null 2>&1; then
+  for list in /etc/apt/sources.list.d/*.sources; do
+    [ -f "$list" ] && [ "$(basename "$list")" != varnel-deb-src.sources ] || continue
+    sed -E 's/^Types:.*/Types: deb-src/' "$list"
+    echo
+  done >/etc/apt/sources.list.d/varnel-deb-src.sources
+  grep -hs '^deb ' /etc/apt/sources.list /etc/apt/sources.list.d/*.list |
+    sed 's/^deb /deb-src /' >/etc/apt/sources.list.d/varnel-deb-src.list || true
+  apt-get update -qq
+fi
 if ! apt-get source -qq "libxml2=$version" >apt-source.log 2>&1; then
   # The mirror may have moved on to a newer point release; the host headers
   # then differ only in Debian's patches, so take what it has.

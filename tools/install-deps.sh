@@ -25,9 +25,3 @@ if [ ${#missing[@]} -gt 0 ]; then
   apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
 fi
 
-# The cross-built libxml2 needs Debian's own source: enable deb-src for the configured mirror.
-src=/etc/apt/sources.list.d/debian.sources
-if [ -f "$src" ] && ! grep -q '^Types:.*deb-src' "$src"; then
-  sed -i 's/^Types: deb$/Types: deb deb-src/' "$src"
-  apt-get update -qq
-fi

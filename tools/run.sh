@@ -37,8 +37,7 @@ bash "$repo/tools/install-deps.sh" >/dev/null
 libxml2_root=$(bash "$repo/tools/build-libxml2-windows.sh" | tail -n1)
 
 step "building VarnelUninstaller.exe"
-cmake -S "$repo" -B "$win_dir" -G Ninja -DCMAKE_TOOLCHAIN_FILE="$repo/cmake/toolchain-mingw64.cmake" \
-  -DVARNEL_LIBXML2_ROOT="$libxml2_root" >/dev/null
+cmake --preset windows -S "$repo" -B "$win_dir" -DVARNEL_LIBXML2_ROOT="$libxml2_root" >/dev/null
 cmake --build "$win_dir" -j2 --target VarnelUninstaller varnel-gui-wait >/dev/null
 
 xvfb_pid=""
