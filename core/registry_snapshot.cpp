@@ -31,7 +31,8 @@ bool Inside(const std::wstring& id, const std::wstring& tree) {
 // Runs body(i) for every i below count on up to `threads` threads, the
 // calling one included; the first exception is thrown again once all ended.
 template <typename Body>
-void ForEachParallel(std::size_t count, int threads, Body body) {
+void ForEachParallel(std::size_t count, int threads, const RegistrySnapshot::ThreadStarter& start,
+                     Body body) {
   std::atomic<std::size_t> next{0};
   std::exception_ptr failure;
   std::atomic<bool> failed{false};
@@ -45,12 +46,30 @@ void ForEachParallel(std::size_t count, int threads, Body body) {
     }
   };
   std::size_t helpers = std::min<std::size_t>(count, std::max(threads, 1)) - (count > 0 ? 1 : 0);
+  // A joinable thread destroyed ends the program, so every reader started is
+  // joined, and one that cannot be started leaves its share to the others.
   std::vector<std::thread> pool;
-  for (std::size_t t = 0; t < helpers; ++t) pool.emplace_back(work);
+  try {
+    pool.reserve(helpers);
+  } catch (...) {
+    helpers = 0;
+  }
+  for (std::size_t t = 0; t < helpers; ++t) {
+    try {
+      std::thread reader = start ? start(work) : std::thread(work);
+      if (reader.joinable()) pool.push_back(std::move(reader));
+    } catch (...) {
+      break;
+    }
+  }
   work();
   for (auto& thread : pool) thread.join();
   if (failure) std::rethrow_exception(failure);
 }
+
+// Deeper than any real tree; only a registry link nesting a key in itself
+// reaches it.
+constexpr std::size_t kMaxCopyDepth = 64;
 
 class SnapshotKey final : public IRegistryKey {
  public:
@@ -82,7 +101,8 @@ class SnapshotKey final : public IRegistryKey {
 
 }  // namespace
 
-RegistrySnapshot::RegistrySnapshot(IRegistry& live) : live_(live) {}
+RegistrySnapshot::RegistrySnapshot(IRegistry& live, ThreadStarter startThread)
+    : live_(live), startThread_(std::move(startThread)) {}
 
 void RegistrySnapshot::Capture(const std::vector<Tree>& trees) {
   struct Pending {
@@ -91,29 +111,51 @@ void RegistrySnapshot::Capture(const std::vector<Tree>& trees) {
     std::wstring path;
   };
   std::vector<Pending> level;
+  std::vector<std::wstring> ids;
+  auto forget = [&] {
+    for (const auto& id : ids) {
+      auto inside = [&](const auto& entry) { return Inside(entry, id); };
+      std::erase_if(nodes_, [&](const auto& node) { return inside(node.first); });
+      std::erase_if(cutOff_, inside);
+    }
+  };
   for (const auto& tree : trees) {
-    std::wstring id = NodeId(tree.root, tree.path, tree.use64);
-    std::erase_if(nodes_, [&](const auto& node) { return Inside(node.first, id); });
-    if (std::find(trees_.begin(), trees_.end(), id) == trees_.end()) trees_.push_back(id);
+    ids.push_back(NodeId(tree.root, tree.path, tree.use64));
+    if (std::find(trees_.begin(), trees_.end(), ids.back()) == trees_.end())
+      trees_.push_back(ids.back());
     level.push_back({tree.root, tree.use64, std::wstring(TrimSlashes(tree.path))});
   }
-  // Level by level, so the threads start once per depth, not once per key.
-  while (!level.empty()) {
-    std::vector<std::optional<Node>> read(level.size());
-    ForEachParallel(level.size(), live_.ConcurrentReaders(), [&](std::size_t i) {
-      auto key = live_.OpenKey(level[i].root, level[i].path, RegAccess::Read, level[i].use64);
-      if (key) read[i] = Node{key->SubKeyNames(), key->Values()};
-    });
-    std::vector<Pending> next;
-    for (std::size_t i = 0; i < level.size(); ++i) {
-      if (!read[i]) continue;
-      for (const auto& name : read[i]->subKeys) {
-        next.push_back({level[i].root, level[i].use64,
-                        level[i].path.empty() ? name : level[i].path + L"\\" + name});
+  forget();
+  try {
+    // Level by level, so the threads start once per depth, not once per key.
+    for (std::size_t depth = 0; !level.empty(); ++depth) {
+      std::vector<std::optional<Node>> read(level.size());
+      ForEachParallel(level.size(), live_.ConcurrentReaders(), startThread_, [&](std::size_t i) {
+        auto key = live_.OpenKey(level[i].root, level[i].path, RegAccess::Read, level[i].use64);
+        if (key) read[i] = Node{key->SubKeyNames(), key->Values()};
+      });
+      std::vector<Pending> next;
+      for (std::size_t i = 0; i < level.size(); ++i) {
+        if (!read[i]) continue;
+        auto id = NodeId(level[i].root, level[i].path, level[i].use64);
+        if (depth + 1 < kMaxCopyDepth) {
+          for (const auto& name : read[i]->subKeys) {
+            next.push_back({level[i].root, level[i].use64,
+                            level[i].path.empty() ? name : level[i].path + L"\\" + name});
+          }
+        } else if (!read[i]->subKeys.empty()) {
+          cutOff_.insert(id);
+        }
+        nodes_[std::move(id)] = std::move(*read[i]);
       }
-      nodes_[NodeId(level[i].root, level[i].path, level[i].use64)] = std::move(*read[i]);
+      level = std::move(next);
     }
-    level = std::move(next);
+  } catch (...) {
+    forget();
+    std::erase_if(trees_, [&](const std::wstring& tree) {
+      return std::find(ids.begin(), ids.end(), tree) != ids.end();
+    });
+    throw;
   }
 }
 
@@ -124,7 +166,18 @@ const RegistrySnapshot::Node* RegistrySnapshot::Find(RegRoot root, std::wstring_
                        [&](const std::wstring& tree) { return Inside(id, tree); });
   if (!copied) return nullptr;
   auto found = nodes_.find(id);
-  return found == nodes_.end() ? nullptr : &found->second;
+  if (found != nodes_.end()) return &found->second;
+  // Absent below a key whose subkeys were not copied: never looked for.
+  for (auto at = id.rfind(L'\\'); !cutOff_.empty() && at != std::wstring::npos;
+       at = id.rfind(L'\\', at - 1)) {
+    const std::wstring parent = id.substr(0, at);
+    if (cutOff_.contains(parent)) {
+      copied = false;
+      break;
+    }
+    if (nodes_.contains(parent) || at == 0) break;
+  }
+  return nullptr;
 }
 
 std::unique_ptr<IRegistryKey> RegistrySnapshot::OpenKey(RegRoot root, std::wstring_view path,

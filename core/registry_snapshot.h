@@ -1,9 +1,12 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
+#include <thread>
 #include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 #include "platform/registry.h"
@@ -25,12 +28,18 @@ class RegistrySnapshot final : public IRegistry {
     std::wstring path;
     bool use64;
   };
+  // Starts one reader; it may throw as std::thread's constructor does.
+  using ThreadStarter = std::function<std::thread(std::function<void()>)>;
 
-  explicit RegistrySnapshot(IRegistry& live);
+  // Without a starter, readers are plain threads.
+  explicit RegistrySnapshot(IRegistry& live, ThreadStarter startThread = {});
 
   // Copies each tree's key and every key below it. A key that does not open
   // is missing from the copy as it is from the live registry; trees already
-  // copied are copied again.
+  // copied are copied again. Readers that cannot be started leave the work
+  // to the others, down to the calling thread alone. A read that throws ends
+  // the copy after every reader stopped, leaves these trees to the live
+  // registry and is thrown again.
   void Capture(const std::vector<Tree>& trees);
 
   std::unique_ptr<IRegistryKey> OpenKey(RegRoot root, std::wstring_view path, RegAccess access,
@@ -51,8 +60,13 @@ class RegistrySnapshot final : public IRegistry {
   const Node* Find(RegRoot root, std::wstring_view path, bool use64, bool& copied) const;
 
   IRegistry& live_;
+  ThreadStarter startThread_;
   std::vector<std::wstring> trees_;  // ids of the copied tree roots
   std::unordered_map<std::wstring, Node> nodes_;
+  // Keys copied without the keys below them: registry links can nest a key
+  // in itself, so the copy stops at a depth no real tree reaches and leaves
+  // what lies deeper to the live registry.
+  std::unordered_set<std::wstring> cutOff_;
 };
 
 }  // namespace varnel

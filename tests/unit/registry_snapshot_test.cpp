@@ -2,6 +2,8 @@
 
 #include <mutex>
 #include <stdexcept>
+#include <system_error>
+#include <thread>
 
 #include "core/registry_snapshot.h"
 #include "base/text.h"
@@ -101,6 +103,11 @@ class RegistrySnapshotTest : public testing::Test {
                       L"part of " + std::to_wstring(a), false);
       }
     }
+    // Deeper than the copy goes (as a registry link nesting a key in itself
+    // would be): what lies below is read live.
+    std::wstring deep = L"Software\\Vendors\\Deep";
+    for (int d = 0; d < 70; ++d) deep += L"\\D" + std::to_wstring(d);
+    reg.SetString(kMachine, deep, L"Bottom", L"reached", false);
     reg.SetString(kMachine, L"Software\\Vendors", L"DisplayName", L"64 only", true);
     reg.SetString(kMachine, L"Software\\Other", L"Mark", L"before", false);
   }
@@ -113,7 +120,7 @@ TEST_F(RegistrySnapshotTest, CopyTakenByManyReadersWalksLikeTheLiveRegistryAndSt
   RegistrySnapshot copy(shared);
   copy.Capture({{kMachine, L"\\Software\\Vendors\\", false}});
   const auto live = Walk(reg, false);
-  ASSERT_EQ(live.size(), 1u + 12 * (2 + 5 + 5 * 2));
+  ASSERT_EQ(live.size(), 1u + 12 * (2 + 5 + 5 * 2) + 71 + 1);
   EXPECT_EQ(Walk(copy, false), live);
 
   auto vendor = copy.OpenKey(kMachine, L"software\\VENDORS\\v3", RegAccess::Read, false);
@@ -152,11 +159,44 @@ TEST_F(RegistrySnapshotTest, CopyTakenByManyReadersWalksLikeTheLiveRegistryAndSt
   EXPECT_EQ(Walk(copy, false), Walk(reg, false));
 }
 
-TEST_F(RegistrySnapshotTest, AReaderThatFailsFailsTheCopyAfterEveryThreadEnded) {
-  SharedRegistry shared(reg);
-  shared.poison = L"Software\\Vendors\\V7\\App2";
-  RegistrySnapshot copy(shared);
-  EXPECT_THROW(copy.Capture({{kMachine, L"Software\\Vendors", false}}), std::runtime_error);
+// A reader that cannot start or that fails never ends the program: the copy
+// is taken by the threads there are, or left to the live registry.
+TEST_F(RegistrySnapshotTest, ReadersThatCannotStartOrFailLeaveACorrectAnswer) {
+  const struct {
+    const char* name;
+    int threadsAvailable;  // -1: any number
+    const wchar_t* poison;
+  } cases[] = {
+      {"no thread at all", 0, L""},
+      {"fewer threads than wanted", 2, L""},
+      {"a read throws", -1, L"Software\\Vendors\\V7\\App2"},
+  };
+  const auto live = Walk(reg, false);
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    SharedRegistry shared(reg);
+    shared.poison = c.poison;
+    int started = 0;
+    RegistrySnapshot copy(shared, [&](std::function<void()> work) {
+      if (c.threadsAvailable >= 0 && started >= c.threadsAvailable)
+        throw std::system_error(std::make_error_code(std::errc::resource_unavailable_try_again));
+      ++started;
+      return std::thread(std::move(work));
+    });
+    if (*c.poison) {
+      EXPECT_THROW(copy.Capture({{kMachine, L"Software\\Vendors", false}}), std::runtime_error);
+      shared.poison.clear();
+    } else {
+      copy.Capture({{kMachine, L"Software\\Vendors", false}});
+    }
+    // Changed after the copy: only a failed copy may see it.
+    reg.SetString(kMachine, L"Software\\Vendors\\V1", L"Later", L"x", false);
+    EXPECT_EQ(Walk(copy, false) == Walk(reg, false), *c.poison != 0);
+    if (!*c.poison) {
+      EXPECT_EQ(Walk(copy, false), live);
+    }
+    reg.OpenKey(kMachine, L"Software\\Vendors\\V1", RegAccess::Write, false)->DeleteValue(L"Later");
+  }
   // A missing tree is an empty copy, not an error.
   RegistrySnapshot empty(reg);
   empty.Capture({{kMachine, L"Software\\Missing", false}});
