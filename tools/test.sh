@@ -115,7 +115,7 @@ if [ -n "$libxml2_root" ] \
     row wine xvfb 0 1 "could not start Xvfb (see $win_dir/xvfb.log)"
   elif quiet "$win_dir/prefix.log" bash tools/wine-prefix.sh create "$prefix_dir"; then
     VARNEL_WINE_DIR=$prefix_dir VARNEL_WINE_TIMEOUT=300 run_ctest wine "$win_dir" 400 \
-      unit platform sandbox xml bench scan_bench e2e scan_e2e uninstall_e2e hostile_e2e addons_e2e gui
+      unit platform sandbox xml bench scan_bench scan_e2e uninstall_e2e hostile_e2e addons_e2e gui
   else
     row wine prefix 0 1 "could not make the Wine prefix"
   fi

@@ -13,17 +13,11 @@
 set -uo pipefail
 
 [ $# -eq 1 ] || { echo "usage: $0 CLI_EXE" >&2; exit 2; }
-cli=$1
 label=addons_e2e
-timeout_s=${VARNEL_E2E_TIMEOUT:-120}
 . "$(dirname "${BASH_SOURCE[0]}")/e2e_common.sh"
-
-[ -f "$cli" ] || die "$cli not found"
-e2e_make_prefix
-e2e_start_display
+e2e_prepare "" "$1"
 bash "$e2e_here/../fixtures/browsers/make_profiles.sh" "$dir" >"$work/profiles.log" 2>&1 ||
   { cat "$work/profiles.log"; die "the browser profiles could not be made"; }
-cp -f "$cli" "$drive_c/varnel-cli.exe"
 
 # Every file of the browsers' data folders with its checksum, paths relative to C:\.
 browser_files() {

@@ -1,8 +1,9 @@
 # Shared by the end-to-end scripts; sourced, not run. The caller sets `label`
-# (the script's name in messages) and `timeout_s` (limit of one Windows command).
+# (the script's name in messages). VARNEL_E2E_TIMEOUT bounds one Windows command.
 
 e2e_here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 e2e_tools=$(cd "$e2e_here/../../tools" && pwd)
+timeout_s=${VARNEL_E2E_TIMEOUT:-120}
 . "$e2e_tools/xvfb.sh"
 
 # A failure before the checks counts as one failed check, in the summary form
@@ -13,29 +14,32 @@ die() {
   exit 1
 }
 
-# e2e_prepare FIXTURE_DIR EXE...: the Windows programs must exist; brings the samples up
-# to date, makes the prefix (below) and starts the display.
+# e2e_prepare FIXTURE_DIR CLI_EXE [HELPER_EXE]: brings the samples up to date (unless
+# FIXTURE_DIR is empty), makes a fresh sandboxed prefix (sets dir, drive_c and work, the
+# record folder; both go when the script ends unless VARNEL_E2E_KEEP=1), starts the display
+# and puts the tool at C:\varnel-cli.exe, the helper at C:\varnel-e2e-helper.exe.
 e2e_prepare() {
-  local fixtures=$1 exe
-  shift
-  for exe in "$@"; do
-    [ -f "$exe" ] || die "$exe not found"
-  done
-  bash "$e2e_tools/build-fixtures.sh" "$fixtures" >/dev/null || die "the samples could not be built"
-  e2e_make_prefix
-  e2e_start_display
-}
-
-# Makes a fresh sandboxed prefix: sets dir, drive_c and work (the record folder)
-# and arranges for both to go when the script ends, unless VARNEL_E2E_KEEP=1.
-e2e_make_prefix() {
+  fixtures=$1
+  local exe
+  for exe in "${@:2}"; do [ -f "$exe" ] || die "$exe not found"; done
+  if [ -n "$fixtures" ]; then
+    bash "$e2e_tools/build-fixtures.sh" "$fixtures" >/dev/null || die "the samples could not be built"
+  fi
   dir=$(mktemp -d "${TMPDIR:-/tmp}/varnel-$label.XXXXXX")
   work=$dir/record
   trap e2e_cleanup EXIT
   trap 'exit 130' INT TERM
   bash "$e2e_tools/wine-prefix.sh" create "$dir" || die "could not make the prefix"
   drive_c=$dir/prefix/drive_c
-  mkdir -p "$work"
+  mkdir -p "$work/snap" "$drive_c/varnel-e2e"
+  # Without a display, every installer and uninstaller that touches the shell
+  # waits seconds for one; a private Xvfb server spares that.
+  if [ -z "${DISPLAY:-}" ] && command -v Xvfb >/dev/null; then
+    start_xvfb 1024x768 "$work/xvfb.log" && e2e_xvfb_pid=$xvfb_pid
+  fi
+  cp -f "$2" "$drive_c/varnel-cli.exe"
+  if [ $# -ge 3 ]; then cp -f "$3" "$drive_c/varnel-e2e-helper.exe"; fi
+  if [ -n "$fixtures" ]; then cp -f "$fixtures/samples.tsv" "$work/"; fi
 }
 
 e2e_cleanup() {
@@ -51,19 +55,16 @@ e2e_cleanup() {
   if [ -n "${e2e_xvfb_pid:-}" ]; then kill "$e2e_xvfb_pid" 2>/dev/null; fi
 }
 
-# Without a display, every installer and uninstaller that touches the shell
-# waits seconds for one; a private Xvfb server spares that.
-e2e_start_display() {
-  [ -z "${DISPLAY:-}" ] || return 0
-  command -v Xvfb >/dev/null || return 0
-  start_xvfb 1024x768 "$work/xvfb.log" || true
-  e2e_xvfb_pid=$xvfb_pid
-}
-
 # Runs a Windows command in the prefix's sandbox from C:\, never with a Z: drive.
 in_prefix() {
   rm -f "$dir/prefix/dosdevices/z:" "$dir/prefix/dosdevices/z::"
   (cd "$drive_c" && timeout -k 10 "$timeout_s" "$dir/bin/wine" "$@")
+}
+
+# install_samples ID...: the samples, in that order (all of them without an ID).
+install_samples() {
+  bash "$e2e_tools/install-fixtures.sh" "$dir" "$fixtures" "$@" >>"$work/install.log" 2>&1 ||
+    { cat "$work/install.log"; die "the samples $* did not install"; }
 }
 
 # run_cli NAME ARGS...: C:\varnel-cli.exe ARGS, its output in work/NAME.out,
@@ -76,10 +77,12 @@ run_cli() {
   sed -i 's/\r$//' "$work/$name.out" "$work/$name.err"
 }
 
-# snapshot NAME: the registry (by the helper, at C:\varnel-e2e-helper.exe) and the disk
-# into work/snap/NAME.reg and NAME.disk, for footprint.py.
+# name_of ID: the sample's display name.
+name_of() { awk -F'\t' -v id="$1" '$1 == id { print $8 }' "$fixtures/samples.tsv"; }
+
+# snapshot NAME: the registry (by the helper) and the disk into work/snap/NAME.reg and
+# NAME.disk, for footprint.py.
 snapshot() {
-  mkdir -p "$work/snap" "$drive_c/varnel-e2e"
   in_prefix 'C:\varnel-e2e-helper.exe' registry "C:\\varnel-e2e\\$1.reg" \
     || die "no registry snapshot $1"
   mv -f "$drive_c/varnel-e2e/$1.reg" "$work/snap/$1.reg"

@@ -5,7 +5,7 @@ footprint table (data/scan_footprint.json) laid over a snapshot.
     footprint.py disk DRIVE_C OUT     writes the file and folder tree of DRIVE_C to OUT
 
 A snapshot is the registry as `e2e_helper registry` wrote it (HKLM in the 64-bit view, HKCU)
-plus the disk as `footprint.py disk` wrote it. Items are named ("K", key), ("V", key, name) or
+plus the disk (with the size of each file) as `footprint.py disk` wrote it. Items are named ("K", key), ("V", key, name) or
 ("F", path), lower case, keys as hklm\\... or hkcu\\..., with no trailing backslash. What a scan
 reports is named ("K", root, key), ("V", root, key, name) or ("F", path), root as HKLM, HKCU
 or HKCR and the key as opened in the record's view; `physical` maps one onto the other.
@@ -70,6 +70,7 @@ class Snapshot:
         self.values = {}    # (lower key, lower name) -> (key, name, type, data)
         self.links = {}     # lower key -> target key (HKLM\... or HKCU\...)
         self.files = {}     # lower path -> (path, "folder" | "file")
+        self.sizes = {}     # lower path -> bytes of a file
         self._values_of = {}
         with open(reg_path, encoding="utf-8", errors="replace") as f:
             for cols in (line.rstrip("\n").split("\t") for line in f):
@@ -86,6 +87,7 @@ class Snapshot:
             for cols in (line.rstrip("\n").split("\t") for line in f):
                 if len(cols) >= 2:
                     self.files[cols[1].lower()] = (cols[1], "folder" if cols[0] == "D" else "file")
+                    self.sizes[cols[1].lower()] = int(cols[2]) if len(cols) > 2 else 0
         self._sorted_keys, self._sorted_files = sorted(self.keys), sorted(self.files)
 
     def items(self):
@@ -140,8 +142,9 @@ def list_disk(drive_c, out_path):
             rel = os.path.relpath(folder, drive_c)
             base = "C:" if rel == "." else "C:\\" + rel.replace("/", "\\")
             dirs[:] = sorted(d for d in dirs if not os.path.islink(os.path.join(folder, d)))
-            out.writelines([f"D\t{base}\\{d}\n" for d in dirs] +
-                           [f"F\t{base}\\{n}\n" for n in sorted(files)])
+            out.writelines([f"D\t{base}\\{d}\n" for d in dirs] + [
+                f"F\t{base}\\{n}\t{os.lstat(os.path.join(folder, n)).st_size}\n"
+                for n in sorted(files)])
 
 
 # ---- the footprint table ------------------------------------------------------------------------

@@ -5,9 +5,10 @@
 #
 # In one fresh sandboxed prefix: install the NSIS 64-bit sample, then add per-user Uninstall
 # entries (anyone can write one) whose install location names a place no program owns: the
-# system folder through "\\?\", the drive root as "C:\/", the roaming application data as
-# %APPDATA% (REG_EXPAND_SZ), Program Files long and in its 8.3 form, and the sample's folder
-# through "plugins\..". Their uninstallers do nothing ("cmd /c exit 0") or are missing.
+# drive root (also as "C:" and "C:\/"), the Users, Windows and system folders (also through
+# "\\?\", macros and ".."), the roaming application data as %APPDATA% (REG_EXPAND_SZ), Program
+# Files long and in its 8.3 form, and the sample's folder through "plugins\..". Their
+# uninstallers do nothing ("cmd /c exit 0") or are missing.
 # Snapshot registry and disk (HELPER_EXE is e2e_helper.exe), `scan` each entry, then
 # `uninstall --advanced --delete` each, snapshot again. hostile_check.py checks that no scan
 # offered a file, a folder or a key of Windows and that nothing was deleted but the entries'
@@ -15,20 +16,10 @@
 set -uo pipefail
 
 [ $# -eq 3 ] || { echo "usage: $0 CLI_EXE HELPER_EXE FIXTURE_DIR" >&2; exit 2; }
-cli=$1
-helper=$2
-fixtures=$3
 label=hostile_e2e
-timeout_s=${VARNEL_E2E_TIMEOUT:-120}
 . "$(dirname "${BASH_SOURCE[0]}")/e2e_common.sh"
-
-e2e_prepare "$fixtures" "$cli" "$helper"
-cp -f "$fixtures/samples.tsv" "$work/"
-cp -f "$cli" "$drive_c/varnel-cli.exe"
-cp -f "$helper" "$drive_c/varnel-e2e-helper.exe"
-mkdir -p "$drive_c/varnel-e2e"
-bash "$e2e_tools/install-fixtures.sh" "$dir" "$fixtures" notes >"$work/install.log" 2>&1 ||
-  { cat "$work/install.log"; die "the sample did not install"; }
+e2e_prepare "$3" "$1" "$2"
+install_samples notes
 
 # The sample's folder, found on the disk (C:\-relative), and the 8.3 form of Program Files
 # as this Windows makes it.
@@ -49,6 +40,16 @@ Hostile Roaming Data	REG_EXPAND_SZ	%APPDATA%	$run_nothing
 Hostile Program Files	REG_SZ	C:\\Program Files	$run_nothing
 Hostile Short Form	REG_SZ	$short\\	C:\\hostile\\uninst.exe
 Hostile Other Program	REG_SZ	$sample\\plugins\\..	$run_nothing
+EOF
+cat >>"$work/hostile.tsv" <<'EOF'
+Hostile Plain Drive Root	REG_SZ	C:\	C:\hostile\uninst.exe
+Hostile Drive Letter	REG_SZ	C:	C:\hostile\uninst.exe
+Hostile Users Folder	REG_SZ	C:\users\	C:\hostile\uninst.exe
+Hostile Windows Folder	REG_SZ	C:\windows\	C:\hostile\uninst.exe
+Hostile Plain System Folder	REG_SZ	C:\windows\system32	C:\hostile\uninst.exe
+Hostile Windows Macro	REG_SZ	%WINDIR%	C:\hostile\uninst.exe
+Hostile Expandable Macro	REG_EXPAND_SZ	%WINDIR%\	C:\hostile\uninst.exe
+Hostile Dotdot Path	REG_SZ	C:\Program Files\..\windows	C:\hostile\uninst.exe
 EOF
 # All in one import: one Windows start instead of three per entry.
 python3 - "$work/hostile.tsv" "$drive_c/varnel-e2e/hostile.reg" <<'EOF' || die "no .reg file"
@@ -73,16 +74,11 @@ EOF
 in_prefix reg import 'C:\varnel-e2e\hostile.reg' >"$work/import.log" 2>&1 || die "reg import failed"
 
 snapshot before
-n=0
-while IFS=$'\t' read -r -u 3 name _; do
-  n=$((n + 1))
-  run_cli "scan-$n" scan "$name" --json
-done 3<"$work/hostile.tsv"
-n=0
-while IFS=$'\t' read -r -u 3 name _; do
-  n=$((n + 1))
-  run_cli "uninstall-$n" uninstall "$name" --advanced --delete --json
-done 3<"$work/hostile.tsv"
+mapfile -t names < <(cut -f1 "$work/hostile.tsv")
+for n in "${!names[@]}"; do run_cli "scan-$((n + 1))" scan "${names[n]}" --json; done
+for n in "${!names[@]}"; do
+  run_cli "uninstall-$((n + 1))" uninstall "${names[n]}" --advanced --delete --json
+done
 snapshot after
 
 python3 "$e2e_here/hostile_check.py" "$work" "$sample"

@@ -1,13 +1,13 @@
 #!/usr/bin/env python3
 """Compares what `varnel-cli scan --json` found with what the sample installers left.
 
-    scan_check.py RECORD_DIR
+    scan_check.py RECORD_DIR DRIVE_C
 
-RECORD_DIR is filled by scan_e2e.sh: samples.tsv; hostile.tsv; snap/NAME.reg and snap/NAME.disk
-for the moments base, installed-ID (after each install, in samples.tsv order), prescan and
+Checks the list first (list_check.py). RECORD_DIR is filled by scan_e2e.sh: samples.tsv;
+snap/NAME.reg and snap/NAME.disk for the moments base, installed-ID (after each install, in samples.tsv order), prescan and
 uninstalled-ID (after each sample's own uninstaller); all.out (`list --json --all`); and for
 each run of the tool NAME.out, NAME.err and NAME.rc: scan-ID, rescan-ID (from the saved record,
-after the uninstall), hostile-N, scan-unknown, scan-usage, scan-badopt.
+after the uninstall), scan-unknown, scan-usage, scan-badopt. DRIVE_C is the prefix's C: drive.
 
 A sample's footprint is what changed between the snapshots around its install.
 data/scan_footprint.json says, for each sample, which footprint items a scanner is meant to
@@ -26,6 +26,7 @@ from e2e_common import Checks, cli_run, load_samples, read_text
 from footprint import (changes, entry_ids, is_noise, load_snapshot, load_table,
                        physical, physical_key, report_id, sample_sets, show, split_root,
                        value_text)
+from list_check import check_list
 
 ROOTS = {"HKEY_LOCAL_MACHINE": "HKLM", "HKEY_CURRENT_USER": "HKCU", "HKEY_CLASSES_ROOT": "HKCR",
          "HKEY_USERS": "HKU"}
@@ -176,20 +177,12 @@ def check_samples(checks, record, samples):
 
 
 def main():
-    if len(sys.argv) != 2:
-        print("usage: scan_check.py RECORD_DIR", file=sys.stderr)
+    if len(sys.argv) != 3:
+        print("usage: scan_check.py RECORD_DIR DRIVE_C", file=sys.stderr)
         return 2
     record, checks = sys.argv[1], Checks()
+    check_list(checks, record, sys.argv[2])
     check_samples(checks, record, load_samples(record))
-    # Entries whose install location is a drive root, the Users root, the Windows or system
-    # folder, a macro or a path through '..' report nothing.
-    rows = [line.split("\t") for line in read_text(os.path.join(record, "hostile.tsv"))
-            .splitlines() if line.strip()]
-    for n, (name, _, location) in enumerate(rows, 1):
-        label = f"hostile \"{location}\""
-        items = check_run(checks, record, f"hostile-{n}", label, name)
-        checks.check(f"{label}: refused as an install folder, nothing reported", not items,
-                     f"{len(items)} items: " + "; ".join(show(r) for r, _, _ in items[:6]))
     out, err, rc, _ = cli_run(record, "scan-unknown")
     checks.check("scan of a program that is not installed exits 1 with a message and no output",
                  rc == 1 and err.strip() and not out.strip(), f"exit code {rc}, stderr {err[:120]!r}")

@@ -14,24 +14,12 @@
 set -uo pipefail
 
 [ $# -eq 3 ] || { echo "usage: $0 CLI_EXE HELPER_EXE FIXTURE_DIR" >&2; exit 2; }
-cli=$1
-helper=$2
-fixtures=$3
 label=uninstall_e2e
-timeout_s=${VARNEL_E2E_TIMEOUT:-120}
 . "$(dirname "${BASH_SOURCE[0]}")/e2e_common.sh"
-
-e2e_prepare "$fixtures" "$cli" "$helper"
-cp -f "$fixtures/samples.tsv" "$work/"
+e2e_prepare "$3" "$1" "$2"
 samples=(notes sync ledger)
-cp -f "$cli" "$drive_c/varnel-cli.exe"
-cp -f "$helper" "$drive_c/varnel-e2e-helper.exe"
 # The other samples first, then notes, each step snapshotted: notes' footprint is what
 # its installer added, and everything else must outlive its cleanup.
-install_samples() {
-  bash "$e2e_tools/install-fixtures.sh" "$dir" "$fixtures" "$@" >>"$work/install.log" 2>&1 ||
-    { cat "$work/install.log"; die "the samples did not install"; }
-}
 snapshot base
 install_samples sync ledger
 snapshot others
@@ -79,8 +67,6 @@ aftermath() {
   done <"$work/folders.tsv"
   processes "$run"
 }
-
-name_of() { awk -F'\t' -v id="$1" '$1 == id { print $8 }' "$fixtures/samples.tsv"; }
 
 processes before
 # Notes with its leftovers: deleted through the guard, then put back from the backup. Its
