@@ -9,10 +9,6 @@ namespace {
 
 void CloseTheme(HTHEME theme) { CloseThemeData(theme); }
 using UniqueTheme = win32::UniqueAny<HTHEME, &CloseTheme>;
-void DeleteDc(HDC dc) { DeleteDC(dc); }
-using UniqueDc = win32::UniqueAny<HDC, &DeleteDc>;
-void DeleteBitmap(HBITMAP bitmap) { DeleteObject(bitmap); }
-using UniqueBitmap = win32::UniqueAny<HBITMAP, &DeleteBitmap>;
 
 struct Look {
   int themeState;    // CBS_*; 0 draws nothing

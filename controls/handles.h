@@ -13,6 +13,8 @@ inline void DeleteGdiObject(HGDIOBJ object) { DeleteObject(object); }
 inline void DeleteFontHandle(HFONT font) { DeleteObject(font); }
 inline void DeleteBrushHandle(HBRUSH brush) { DeleteObject(brush); }
 inline void DeletePenHandle(HPEN pen) { DeleteObject(pen); }
+inline void DeleteBitmapHandle(HBITMAP bitmap) { DeleteObject(bitmap); }
+inline void DeleteDcHandle(HDC dc) { DeleteDC(dc); }
 inline void DestroyWindowHandle(HWND window) { DestroyWindow(window); }
 inline void DestroyIconHandle(HICON icon) { DestroyIcon(icon); }
 inline void DestroyImageListHandle(HIMAGELIST list) { ImageList_Destroy(list); }
@@ -26,6 +28,8 @@ using UniqueImageList = win32::UniqueAny<HIMAGELIST, &detail::DestroyImageListHa
 using UniqueFont = win32::UniqueAny<HFONT, &detail::DeleteFontHandle>;
 using UniqueBrush = win32::UniqueAny<HBRUSH, &detail::DeleteBrushHandle>;
 using UniquePen = win32::UniqueAny<HPEN, &detail::DeletePenHandle>;
+using UniqueBitmap = win32::UniqueAny<HBITMAP, &detail::DeleteBitmapHandle>;
+using UniqueDc = win32::UniqueAny<HDC, &detail::DeleteDcHandle>;
 using UniqueMenu = win32::UniqueAny<HMENU, &detail::DestroyMenuHandle>;
 using UniqueAccel = win32::UniqueAny<HACCEL, &detail::DestroyAcceleratorHandle>;
 

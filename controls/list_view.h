@@ -116,6 +116,16 @@ class ListView : public Window {
     item.lParam = param;
     return static_cast<int>(SendMessageW(hwnd_, LVM_INSERTITEMW, 0, reinterpret_cast<LPARAM>(&item)));
   }
+  // A report row's height, measured on a row put in and taken out again
+  // when the list is empty; 0 when it cannot be measured.
+  int RowHeight() {
+    const bool empty = Count() == 0;
+    if (empty && InsertItem(0, L"", 0, 0) < 0) return 0;
+    RECT r{LVIR_BOUNDS, 0, 0, 0};
+    const bool measured = SendMessageW(hwnd_, LVM_GETITEMRECT, 0, reinterpret_cast<LPARAM>(&r)) != FALSE;
+    if (empty) DeleteItem(0);
+    return measured ? r.bottom - r.top : 0;
+  }
   // The distance between the corners of neighbouring icons.
   void SetIconSpacing(int width, int height) {
     SendMessageW(hwnd_, LVM_SETICONSPACING, 0, MAKELPARAM(width, height));

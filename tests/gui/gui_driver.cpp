@@ -262,10 +262,37 @@ std::vector<std::wstring> Program::Captions() const {
   return out;
 }
 
-int Program::RowWithSubItem(int subItem, const std::wstring& text) const {
+int Program::RecordOf(int row) const {
+  DWORD_PTR record = static_cast<DWORD_PTR>(-1);
+  SendMessageTimeoutW(main_, forms::WM_ROW_RECORD, row, 0, SMTO_NORMAL, 10000, &record);
+  return static_cast<int>(static_cast<LONG_PTR>(record));
+}
+
+int Program::RowOfRecord(int record) const {
   for (int i = 0, n = RowCount(); i < n; ++i)
-    if (Cell(i, subItem + 1) == text) return i;
+    if (RecordOf(i) == record) return i;
   return -1;
+}
+
+void Program::ChangeDpi(UINT dpi) {
+  // The window's rectangle, as the system suggests it when the window lands
+  // on a monitor of another DPI.
+  RECT suggested{};
+  GetWindowRect(main_, &suggested);
+  Remote(&suggested, sizeof suggested, [&](void* remote) {
+    SendMessageTimeoutW(main_, WM_DPICHANGED, MAKEWPARAM(dpi, dpi),
+                        reinterpret_cast<LPARAM>(remote), SMTO_NORMAL, 10000, nullptr);
+  });
+}
+
+int Program::RowHeight() const {
+  RECT bounds{LVIR_BOUNDS, 0, 0, 0};
+  DWORD_PTR ok = 0;
+  Remote(&bounds, sizeof bounds, [&](void* remote) {
+    SendMessageTimeoutW(List(), LVM_GETITEMRECT, 0, reinterpret_cast<LPARAM>(remote),
+                        SMTO_NORMAL, 10000, &ok);
+  });
+  return ok ? bounds.bottom - bounds.top : 0;
 }
 
 void Program::Command(int id, bool post) {

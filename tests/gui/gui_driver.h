@@ -65,7 +65,14 @@ class Program {
   void ClickColumn(int column);
   // The captions of every row, in list order.
   std::vector<std::wstring> Captions() const;
-  int RowWithSubItem(int subItem, const std::wstring& text) const;
+  // The inventory index the main window keeps with a row (-1 for none), and
+  // back.
+  int RecordOf(int row) const;
+  int RowOfRecord(int record) const;
+  // The height of the main list's first row; 0 without rows.
+  int RowHeight() const;
+  // WM_DPICHANGED to the main window, as on a move to a monitor of `dpi`.
+  void ChangeDpi(UINT dpi);
 
   // WM_COMMAND to the main window, sent (returns after it ran) or posted.
   void Command(int id, bool post = false);

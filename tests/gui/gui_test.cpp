@@ -1,6 +1,7 @@
 // The program's windows driven from outside under Wine. gui_test.sh writes
 // five Uninstall entries into a fresh prefix and puts the program in
-// C:\varnel-tests\app\; every case starts its own instance.
+// C:\varnel-tests\app\; every case starts its own instance and leaves the
+// prefix as it found it, so the cases run in any order.
 #include <gtest/gtest.h>
 
 #include <windows.h>
@@ -12,13 +13,11 @@
 #include <cwchar>
 #include <fstream>
 #include <functional>
-#include <iterator>
 #include <string>
 #include <vector>
 
-#include "core/directory_tree.h"
-#include "core/os_name.h"
 #include "base/text.h"
+#include "core/os_name.h"
 #include "platform/win32/win32_platform.h"
 #include "tests/gui/gui_driver.h"
 #include "ui/forms/form_ids.h"
@@ -33,12 +32,17 @@ namespace {
 namespace Id = forms::MainId;
 const std::wstring kApp = L"C:\\varnel-tests\\app\\VarnelUninstaller.exe";
 const std::wstring kAppDir = L"C:\\varnel-tests\\app\\";
+const std::wstring kUninstallKey = L"Software\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\";
 constexpr int kVisible = 4;  // the update is only under "Windows Updates"
 constexpr int kSizeColumn = 1, kDateColumn = 2;
-int Sub(int subItem) { return subItem + 1; }
+const std::wstring kSureUninstall = L"Are you sure you want to uninstall the selected programs?";
 
 bool FileExists(const std::wstring& path) {
   return GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES;
+}
+
+void WriteBytes(const std::wstring& path, const std::string& bytes) {
+  std::ofstream(text::ToUtf8(path).c_str(), std::ios::binary) << bytes;
 }
 
 std::wstring ReadUtf8(const std::wstring& path) {
@@ -52,6 +56,14 @@ std::wstring ReadUtf8(const std::wstring& path) {
   bytes.resize(got);
   if (bytes.rfind("\xEF\xBB\xBF", 0) == 0) bytes.erase(0, 3);
   return text::FromUtf8(bytes);
+}
+
+bool KeyExists(const std::wstring& path) {
+  HKEY key = nullptr;
+  if (RegOpenKeyExW(HKEY_CURRENT_USER, path.c_str(), 0, KEY_READ, &key) != ERROR_SUCCESS)
+    return false;
+  RegCloseKey(key);
+  return true;
 }
 
 // The value of `key` in `section` of a language file's text; empty when absent.
@@ -68,10 +80,14 @@ std::wstring LngValue(const std::wstring& file, const std::wstring& section,
   return body.substr(value, body.find(L"\r\n", value) - value);
 }
 
-std::wstring WithCount(std::wstring format, int count) {
-  const std::size_t at = format.find(L"%d");
-  if (at != std::wstring::npos) format.replace(at, 2, std::to_wstring(count));
-  return format;
+std::wstring English(const std::wstring& section, const std::wstring& key) {
+  return LngValue(ReadUtf8(kAppDir + L"Toolbox_Language\\English.lng"), section, key);
+}
+
+std::wstring AppDataFolder() {
+  wchar_t folder[MAX_PATH] = {};
+  if (FAILED(SHGetFolderPathW(nullptr, CSIDL_APPDATA, nullptr, 0, folder))) return {};
+  return folder;
 }
 
 // The user's language choice, in the ini file the program reads it from;
@@ -79,19 +95,12 @@ std::wstring WithCount(std::wstring format, int count) {
 class LanguageChoice {
  public:
   explicit LanguageChoice(const std::wstring& language) {
-    wchar_t appData[MAX_PATH] = {};
-    if (FAILED(SHGetFolderPathW(nullptr, CSIDL_APPDATA, nullptr, 0, appData))) return;
-    std::wstring folder = std::wstring(appData) + L"\\Varnel";
-    CreateDirectoryW(folder.c_str(), nullptr);
-    folder += L"\\Brightdeck V4";
-    CreateDirectoryW(folder.c_str(), nullptr);
+    std::wstring folder = AppDataFolder() + L"\\Varnel\\Brightdeck V4";
+    SHCreateDirectoryExW(nullptr, folder.c_str(), nullptr);
     file_ = folder + L"\\Main.ini";
-    std::ofstream(text::ToUtf8(file_).c_str(), std::ios::binary)
-        << "[Main]\r\nLanguage=" << text::ToUtf8(language) << "\r\n";
+    WriteBytes(file_, "[Main]\r\nLanguage=" + text::ToUtf8(language) + "\r\n");
   }
-  ~LanguageChoice() { Remove(); }
-  bool Written() const { return !file_.empty() && FileExists(file_); }
-  bool Remove() { return file_.empty() || DeleteFileW(file_.c_str()) || !FileExists(file_); }
+  ~LanguageChoice() { DeleteFileW(file_.c_str()); }
 
  private:
   std::wstring file_;
@@ -100,15 +109,9 @@ class LanguageChoice {
 // A per-user Uninstall entry written while the program runs; deleted on leaving.
 class AddedEntry {
  public:
-  AddedEntry(const std::wstring& key, const std::wstring& name)
-      : path_(L"Software\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\" + key) {
-    HKEY handle = nullptr;
-    if (RegCreateKeyExW(HKEY_CURRENT_USER, path_.c_str(), 0, nullptr, 0, KEY_WRITE, nullptr,
-                        &handle, nullptr) != ERROR_SUCCESS)
-      return;
+  AddedEntry(const std::wstring& key, const std::wstring& name) : path_(kUninstallKey + key) {
     const std::wstring command = L"C:\\Apps\\" + key + L"\\unins.exe";
-    written_ = Set(handle, L"DisplayName", name) && Set(handle, L"UninstallString", command);
-    RegCloseKey(handle);
+    written_ = Set(L"DisplayName", name) && Set(L"UninstallString", command);
   }
   ~AddedEntry() { Remove(); }
   bool Written() const { return written_; }
@@ -116,11 +119,12 @@ class AddedEntry {
     const LONG result = RegDeleteKeyW(HKEY_CURRENT_USER, path_.c_str());
     return result == ERROR_SUCCESS || result == ERROR_FILE_NOT_FOUND;
   }
+  const std::wstring& Path() const { return path_; }
 
  private:
-  static bool Set(HKEY handle, const wchar_t* name, const std::wstring& value) {
-    return RegSetValueExW(handle, name, 0, REG_SZ, reinterpret_cast<const BYTE*>(value.c_str()),
-                          static_cast<DWORD>((value.size() + 1) * sizeof(wchar_t))) ==
+  bool Set(const wchar_t* name, const std::wstring& value) {
+    return RegSetKeyValueW(HKEY_CURRENT_USER, path_.c_str(), name, REG_SZ, value.c_str(),
+                           static_cast<DWORD>((value.size() + 1) * sizeof(wchar_t))) ==
            ERROR_SUCCESS;
   }
   std::wstring path_;
@@ -146,9 +150,9 @@ std::vector<int> TreeStates(HWND tree) {
     HTREEITEM item = stack.back();
     stack.pop_back();
     if (!item) continue;
-    states.push_back(static_cast<int>(SendMessageW(tree, TVM_GETITEMSTATE,
-                                                   reinterpret_cast<WPARAM>(item),
-                                                   TVIS_STATEIMAGEMASK) >> 12));
+    states.push_back(static_cast<int>(
+        SendMessageW(tree, TVM_GETITEMSTATE, reinterpret_cast<WPARAM>(item), TVIS_STATEIMAGEMASK) >>
+        12));
     stack.push_back(next(item, TVGN_NEXT));
     stack.push_back(next(item, TVGN_CHILD));
   }
@@ -183,21 +187,7 @@ bool Install(const Sample& sample) {
   return ended && code == 0;
 }
 
-bool EntryExists(const Sample& sample) {
-  HKEY key = nullptr;
-  const std::wstring path =
-      L"Software\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\" + std::wstring(sample.key);
-  if (RegOpenKeyExW(HKEY_CURRENT_USER, path.c_str(), 0, KEY_READ, &key) != ERROR_SUCCESS)
-    return false;
-  RegCloseKey(key);
-  return true;
-}
-
-std::wstring AppDataFolder() {
-  wchar_t folder[MAX_PATH] = {};
-  if (FAILED(SHGetFolderPathW(nullptr, CSIDL_APPDATA, nullptr, 0, folder))) return {};
-  return folder;
-}
+bool EntryExists(const Sample& sample) { return KeyExists(kUninstallKey + sample.key); }
 
 std::wstring LogFolder() { return AppDataFolder() + L"\\Varnel\\Varnel Uninstaller\\Log\\"; }
 
@@ -275,12 +265,13 @@ class Gui : public testing::Test {
     ASSERT_TRUE(app.WaitForList(kVisible)) << "rows: " << app.RowCount();
   }
   // Every message sent before has been handled once this returns.
-  void Settle() {
-    SendMessageTimeoutW(app.Main(), WM_NULL, 0, 0, SMTO_NORMAL, 30000, nullptr);
-  }
-  void Answer(int button, HWND owner = nullptr) {
+  void Settle() { SendMessageTimeoutW(app.Main(), WM_NULL, 0, 0, SMTO_NORMAL, 30000, nullptr); }
+  // Waits for a message box of `owner` (the main window when null) that
+  // shows `text`, and answers it with `button`.
+  void Answer(int button, const std::wstring& text = L"", HWND owner = nullptr) {
     HWND box = app.WaitForDialog(owner);
-    ASSERT_NE(box, nullptr);
+    ASSERT_NE(box, nullptr) << "no question " << text::ToUtf8(text);
+    EXPECT_TRUE(text.empty() || ShowsText(box, text)) << text::ToUtf8(text);
     PostMessageW(box, WM_COMMAND, button, 0);
     ASSERT_TRUE(WaitUntil([&] { return !IsWindow(box) || !IsWindowVisible(box); }));
     Settle();
@@ -305,15 +296,22 @@ class Gui : public testing::Test {
   // the uninstalling window once it shows.
   HWND StartUninstall() {
     app.Command(Id::Uninstall, true);
-    HWND question = app.WaitForDialog();
-    EXPECT_NE(question, nullptr);
-    if (!question) return nullptr;
-    PostMessageW(question, WM_COMMAND, IDYES, 0);
+    Answer(IDYES, kSureUninstall);
     HWND uninstalling = app.FindOwnWindow(L"TUninstalling_Form");
     EXPECT_TRUE(WaitUntil([&] { return uninstalling && IsWindowVisible(uninstalling); }));
     EXPECT_EQ(GetWindow(uninstalling, GW_OWNER), app.Main());
     EXPECT_FALSE(IsWindowEnabled(app.Main()));
     return uninstalling;
+  }
+  // A window of the program the main window opens with `command`.
+  HWND Open(int command, const wchar_t* className) {
+    app.Command(command, true);
+    HWND window = nullptr;
+    EXPECT_TRUE(WaitUntil([&] {
+      window = app.FindOwnWindow(className);
+      return window && IsWindowVisible(window);
+    }));
+    return window;
   }
   void ExportTo(const std::wstring& file) {
     app.Command(Id::MenuExportList, true);
@@ -328,6 +326,14 @@ class Gui : public testing::Test {
     ASSERT_TRUE(WaitUntil([&] { return !IsWindow(dialog); }));
     Settle();
   }
+  // Version, publisher and help of a row, as the details panel shows them.
+  std::vector<std::wstring> Details(int row) {
+    app.SelectRow(row);
+    Settle();
+    return {WindowText(app.Control(Id::DetailsVersion)),
+            WindowText(app.Control(Id::DetailsPublisher)),
+            WindowText(app.Control(Id::DetailsHelp))};
+  }
   void TearDown() override {
     // The export opens its file in the editor; close it again.
     while (HWND editor = FindWindowW(L"Notepad", nullptr)) {
@@ -339,138 +345,139 @@ class Gui : public testing::Test {
       WaitForSingleObject(process, 10000);
       CloseHandle(process);
     }
-    if (app.Main()) {
-      EXPECT_EQ(app.Close(), 0);
-    }
+    EXPECT_TRUE(!app.Main() || app.Close() == 0);
   }
   Program app;
 };
 
-TEST(GuiStart, RightMenuDeletesTheNamedFileAndOpensForcedUninstallWhenItStays) {
+// A second start hands over to the first and ends; "/rightmenu" deletes the
+// file its hand-over file names and opens the forced uninstall only when
+// that file stays.
+TEST(GuiStart, SecondStartActivatesTheFirstAndRightMenuOpensForcedUninstallWhenTheFileStays) {
   const std::wstring handOver = L"C:\\varnel-tests\\handover.txt";
   const std::wstring victim = L"C:\\varnel-tests\\victim.dat";
-  auto write = [](const std::wstring& path, const std::string& content) {
-    std::ofstream(text::ToUtf8(path).c_str(), std::ios::binary) << content;
+  WriteBytes(victim, "x");
+  WriteBytes(handOver, text::ToUtf8(victim) + "\r\n");
+  auto forcedShown = [](Program& app) {
+    HWND force = app.FindOwnWindow(L"TForceUninstall_Form");
+    return force && IsWindowVisible(force);
   };
-  write(victim, "x");
-  write(handOver, text::ToUtf8(victim) + "\r\n");
   {
     Program app;
     ASSERT_TRUE(app.Start(kApp, L"/RIGHTMENU " + handOver));
     ASSERT_TRUE(app.WaitForList(kVisible));
     EXPECT_FALSE(FileExists(victim));
     EXPECT_TRUE(FileExists(handOver));
-    HWND force = app.FindOwnWindow(L"TForceUninstall_Form");
-    EXPECT_TRUE(force && !IsWindowVisible(force));
+    EXPECT_FALSE(forcedShown(app));
+
+    ShowWindow(app.Main(), SW_HIDE);
+    // The activation message with the right wParam but a wrong lParam is ignored.
+    PostMessageW(app.Main(), forms::WM_ACTIVATE_INSTANCE, forms::kActivateWParam, 0x1234);
+    SendMessageTimeoutW(app.Main(), WM_NULL, 0, 0, SMTO_NORMAL, 30000, nullptr);
+    EXPECT_FALSE(IsWindowVisible(app.Main()));
+    Program second;
+    ASSERT_TRUE(second.Start(kApp, L"/rightmenu C:\\nowhere.txt"));
+    ASSERT_EQ(WaitForSingleObject(second.Process(), 30000), WAIT_OBJECT_0);
+    DWORD code = 99;
+    GetExitCodeProcess(second.Process(), &code);
+    EXPECT_EQ(code, 0u);
+    EXPECT_TRUE(IsWindowVisible(app.Main()));
+    EXPECT_FALSE(forcedShown(app));
     EXPECT_EQ(app.Close(), 0);
   }
-  write(victim, "x");
+  WriteBytes(victim, "x");
   HANDLE busy = CreateFileW(victim.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
                             0, nullptr);
   ASSERT_NE(busy, INVALID_HANDLE_VALUE);
   Program app;
   ASSERT_TRUE(app.Start(kApp, L"/rightmenu " + handOver));
   ASSERT_TRUE(app.WaitForList(kVisible));
-  HWND force = nullptr;
-  EXPECT_TRUE(WaitUntil([&] {
-    force = app.FindOwnWindow(L"TForceUninstall_Form");
-    return force && IsWindowVisible(force);
-  }));
-  if (force) {
-    EXPECT_EQ(WindowText(GetDlgItem(force, 102)), victim);
-  }
+  EXPECT_TRUE(WaitUntil([&] { return forcedShown(app); }));
+  EXPECT_EQ(WindowText(GetDlgItem(app.FindOwnWindow(L"TForceUninstall_Form"), 102)), victim);
   CloseHandle(busy);
   EXPECT_EQ(app.Close(), 0);
+  DeleteFileW(victim.c_str());
+  DeleteFileW(handOver.c_str());
 }
 
 TEST(GuiLanguage, GermanChoiceTranslatesTheMainWindowAndEnglishReturnsWithoutIt) {
   const std::wstring folder = kAppDir + L"Toolbox_Language\\";
-  const std::wstring german = ReadUtf8(folder + L"German.lng");
-  const std::wstring english = ReadUtf8(folder + L"English.lng");
-  ASSERT_FALSE(german.empty());
-  ASSERT_FALSE(english.empty());
-  // What the window shows against what a language file says it should.
+  // What the window shows (access keys aside) against what a language file
+  // says it should.
   auto shown = [](Program& app) {
-    return std::vector<std::wstring>{WindowText(app.Control(Id::CategoryFirst)),
-                                     WindowText(app.Control(Id::CategoryFirst + 5)),
-                                     WindowText(app.Control(Id::Uninstall)),
-                                     WindowText(app.Control(Id::ForceUninstall)),
-                                     WindowText(app.Control(Id::DetailsIdle)),
-                                     app.ColumnText(0),
-                                     app.ColumnText(1),
-                                     app.ColumnText(2),
-                                     WindowText(app.Control(Id::BottomInfo)),
-                                     WindowText(app.Control(Id::SearchEdit))};
+    std::vector<std::wstring> texts;
+    for (int id : {Id::CategoryFirst, Id::CategoryFirst + 5, Id::Uninstall, Id::ForceUninstall,
+                   Id::DetailsIdle, Id::BottomInfo, Id::SearchEdit})
+      texts.push_back(text::ReplaceAll(WindowText(app.Control(id)), L"&", L""));
+    for (int column = 0; column < 3; ++column) texts.push_back(app.ColumnText(column));
+    return texts;
   };
-  auto expected = [](const std::wstring& lng) {
+  auto expected = [&](const wchar_t* language) {
+    const std::wstring lng = ReadUtf8(folder + language + L".lng");
     const std::wstring form = L"Uninstaller_UninstallForm_Main", messages = form + L"_M";
     auto caption = [&](const wchar_t* name) { return LngValue(lng, form, name); };
+    auto counted = [&](const wchar_t* key) {
+      return text::ReplaceAll(LngValue(lng, messages, key), L"%d", std::to_wstring(kVisible));
+    };
     return std::vector<std::wstring>{
-        caption(L"Label_AllProgrames.Caption"),
-        caption(L"Label_WindowsUpdates.Caption"),
-        caption(L"Label_Uninstall.Caption"),
-        caption(L"Label_ForcedUninstalled.Caption"),
-        caption(L"Label_Details_Idle.Caption"),
-        WithCount(LngValue(lng, messages, L"M_SoftwareFormat"), kVisible),
+        caption(L"Label_AllProgrames.Caption"), caption(L"Label_WindowsUpdates.Caption"),
+        caption(L"Label_Uninstall.Caption"),    caption(L"Label_ForcedUninstalled.Caption"),
+        caption(L"Label_Details_Idle.Caption"), counted(L"M_Items"),
+        LngValue(lng, messages, L"M_SearchSoftware"), counted(L"M_SoftwareFormat"),
         caption(L"ListView_SoftwareList.Columns[1].Caption"),
-        caption(L"ListView_SoftwareList.Columns[2].Caption"),
-        WithCount(LngValue(lng, messages, L"M_Items"), kVisible),
-        LngValue(lng, messages, L"M_SearchSoftware")};
+        caption(L"ListView_SoftwareList.Columns[2].Caption")};
   };
-  const std::vector<std::wstring> de = expected(german), en = expected(english);
+  const std::vector<std::wstring> de = expected(L"German"), en = expected(L"English");
   // Every text compared is one the two languages spell differently.
   for (std::size_t i = 0; i < de.size(); ++i) {
     EXPECT_FALSE(de[i].empty()) << i;
     EXPECT_NE(de[i], en[i]) << i;
   }
-  EXPECT_EQ(de[6], L"Gr\u00f6\u00dfe");
-
-  LanguageChoice choice(L"German");
-  ASSERT_TRUE(choice.Written());
-  {
+  for (const bool german : {true, false}) {
+    std::unique_ptr<LanguageChoice> choice;
+    if (german) choice = std::make_unique<LanguageChoice>(L"German");
     Program app;
     ASSERT_TRUE(app.Start(kApp));
     ASSERT_TRUE(app.WaitForList(kVisible));
-    EXPECT_EQ(shown(app), de);
+    EXPECT_EQ(shown(app), german ? de : en);
     EXPECT_EQ(app.Close(), 0);
   }
-  ASSERT_TRUE(choice.Remove());
-  Program app;
-  ASSERT_TRUE(app.Start(kApp));
-  ASSERT_TRUE(app.WaitForList(kVisible));
-  EXPECT_EQ(shown(app), en);
-  EXPECT_EQ(app.Close(), 0);
 }
 
-TEST_F(Gui, ListShowsTheEntriesWithTheirSubItemsInOrder) {
-  const int alpha = app.RowWithSubItem(7, L"\\SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\A_Alpha");
+// Each entry's row and details; rows 25 pixels tall at 100 %, taller at a
+// higher DPI.
+TEST_F(Gui, RowsAndDetailsShowEachEntryAtTheWindowsDpi) {
+  EXPECT_TRUE(IsWindowVisible(app.Control(Id::DetailsIdle)));
+  EXPECT_FALSE(IsWindowVisible(app.Control(Id::DetailsName)));
+  const int alpha = RowNamed(app, L"Alpha Editor"), beta = RowNamed(app, L"Beta Viewer"),
+            gamma = RowNamed(app, L"Gamma Notes");
   ASSERT_GE(alpha, 0);
-  EXPECT_EQ(app.Cell(alpha, 0), L"Alpha Editor(x64)");
-  const std::vector<std::wstring> expected = {
-      L"58.59 MB", L"", L"2.0", L"Alpha Soft", L"https://example.org/alpha", L"",
-      L"HKEY_LOCAL_MACHINE", L"\\SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\A_Alpha",
-      L"", L"-1"};
-  for (int s = 0; s < 10; ++s) {
-    if (s == 1 || s == 5 || s == 8) continue;  // date, folder, index checked below
-    EXPECT_EQ(app.Cell(alpha, Sub(s)), expected[s]) << "sub-item " << s;
-  }
-  EXPECT_FALSE(app.Cell(alpha, Sub(1)).empty());
-  EXPECT_GT(std::stoi(app.Cell(alpha, Sub(8))), 0);
-
-  const int beta = app.RowWithSubItem(3, L"Beta Ltd");
   ASSERT_GE(beta, 0);
-  EXPECT_EQ(app.Cell(beta, 0), L"Beta Viewer");
-  EXPECT_EQ(app.Cell(beta, Sub(0)), L"900.00 KB");
-  EXPECT_NE(app.Cell(beta, Sub(1)).find(L"2020"), std::wstring::npos);
-  EXPECT_EQ(app.Cell(beta, Sub(9)), L"0");
-  const int gamma = app.RowWithSubItem(6, L"HKEY_CURRENT_USER");
   ASSERT_GE(gamma, 0);
-  EXPECT_EQ(app.Cell(gamma, 0), L"Gamma Notes");
-  EXPECT_EQ(app.Cell(gamma, Sub(3)), L"-");
-  EXPECT_EQ(app.Cell(gamma, Sub(1)), L"");
+  EXPECT_EQ(app.Cell(alpha, 0), L"Alpha Editor(x64)");
+  EXPECT_EQ(app.Cell(alpha, kSizeColumn), L"58.59 MB");
+  EXPECT_FALSE(app.Cell(alpha, kDateColumn).empty());
+  EXPECT_EQ(app.Cell(beta, kSizeColumn), L"900.00 KB");
+  EXPECT_NE(app.Cell(beta, kDateColumn).find(L"2020"), std::wstring::npos);
+  EXPECT_EQ(app.Cell(gamma, kDateColumn), L"");
+  // The row's other data stays with it, out of the list's columns.
+  EXPECT_EQ(app.Cell(alpha, 3), L"");
   for (int row = 0; row < app.RowCount(); ++row) EXPECT_EQ(app.GroupOf(row), 1);
+
+  EXPECT_EQ(Details(alpha),
+            (std::vector<std::wstring>{L"2.0", L"Alpha Soft", L"https://example.org/alpha"}));
+  EXPECT_FALSE(IsWindowVisible(app.Control(Id::DetailsIdle)));
+  EXPECT_EQ(WindowText(app.Control(Id::DetailsName)), L"Alpha Editor(x64)");
+  EXPECT_TRUE(IsWindowVisible(app.Control(Id::DetailsHelpTitle)));
+  EXPECT_EQ(Details(gamma)[1], L"-");
   EXPECT_EQ(app.ColumnText(0), L"Software Name (Total:4)");
   EXPECT_EQ(WindowText(app.Control(Id::BottomInfo)), L"4 Items");
+
+  EXPECT_EQ(app.RowHeight(), 25);
+  app.ChangeDpi(144);
+  EXPECT_EQ(app.RowHeight(), MulDiv(25, 144, 96));
+  app.ChangeDpi(96);
+  EXPECT_EQ(app.RowHeight(), 25);
 }
 
 TEST_F(Gui, EachCategoryShowsItsRecords) {
@@ -490,117 +497,6 @@ TEST_F(Gui, EachCategoryShowsItsRecords) {
   EXPECT_EQ(app.ColumnText(0), L"Software Name (Total:4)");
 }
 
-// Toolbars of every source while the program runs, gone again when this
-// goes: one registered for the platform's browser (its class in the 64-bit
-// view), a legacy and a packed Firefox add-on, a Chrome extension whose name
-// is localised.
-class BrowserToolbars {
- public:
-  BrowserToolbars() {
-    wchar_t roaming[MAX_PATH] = {}, local[MAX_PATH] = {};
-    if (FAILED(SHGetFolderPathW(nullptr, CSIDL_APPDATA, nullptr, 0, roaming)) ||
-        FAILED(SHGetFolderPathW(nullptr, CSIDL_LOCAL_APPDATA, nullptr, 0, local)))
-      return;
-    mozilla_ = std::wstring(roaming) + L"\\Mozilla";
-    google_ = std::wstring(local) + L"\\Google";
-    const std::wstring profile = mozilla_ + L"\\Firefox\\Profiles\\gui.default";
-    const std::wstring chrome = google_ + L"\\Chrome\\User Data\\Default";
-    const std::wstring extension = chrome + L"\\Extensions\\" + kChromeId + L"\\1.0_0";
-    const std::string xpi = text::ToUtf8(text::ReplaceAll(profile, L"\\", L"\\\\")) +
-                            "\\\\extensions\\\\xpi@gui.invalid.xpi";
-    written_ =
-        Write(mozilla_ + L"\\Firefox\\profiles.ini",
-              "[Profile0]\r\nIsRelative=1\r\nPath=Profiles/gui.default\r\n") &&
-        Write(profile + L"\\extensions\\rdf@gui.invalid\\install.rdf",
-              "<RDF xmlns=\"http://www.w3.org/1999/02/22-rdf-syntax-ns#\" "
-              "xmlns:em=\"http://www.mozilla.org/2004/em-rdf#\"><Description>"
-              "<em:name>Gui Rdf Toolbar</em:name></Description></RDF>") &&
-        Write(profile + L"\\extensions\\xpi@gui.invalid.xpi",
-              std::string("PK\5\6", 4) + std::string(18, '\0')) &&
-        Write(profile + L"\\extensions.json",
-              "{\"addons\":[{\"id\":\"xpi@gui.invalid\",\"type\":\"extension\",\"location\":"
-              "\"app-profile\",\"version\":\"1.0\",\"active\":true,\"defaultLocale\":{\"name\":"
-              "\"Gui Xpi Toolbar\"},\"path\":\"" + xpi + "\"}]}") &&
-        Write(extension + L"\\manifest.json",
-              "{\"name\":\"__MSG_extName__\",\"version\":\"1.0\",\"default_locale\":\"en\"}") &&
-        Write(extension + L"\\_locales\\en\\messages.json",
-              "{\"extName\":{\"message\":\"Gui Chrome Toolbar\"}}") &&
-        Write(chrome + L"\\Preferences",
-              "{\"extensions\":{\"settings\":{\"" + text::ToUtf8(kChromeId) +
-                  "\":{\"location\":1,\"path\":\"" + text::ToUtf8(kChromeId) + "\\\\1.0_0\"}}}}") &&
-        Set(HKEY_LOCAL_MACHINE, kFirefoxKey, L"DisplayName", L"Mozilla Firefox") &&
-        Set(HKEY_CURRENT_USER, kToolbarKey, kClsid, L"") &&
-        Set(HKEY_LOCAL_MACHINE, kClassKey, L"", L"Gui Registered Toolbar") &&
-        Set(HKEY_LOCAL_MACHINE, kClassKey + std::wstring(L"\\InprocServer32"), L"",
-            L"C:\\varnel-tests\\toolbar\\guitb.dll");
-  }
-  ~BrowserToolbars() {
-    DeleteDirectoryTree(files(), mozilla_);
-    DeleteDirectoryTree(files(), google_);
-    RegDeleteTreeW(HKEY_LOCAL_MACHINE, kFirefoxKey);
-    RegDeleteTreeW(HKEY_LOCAL_MACHINE, kClassKey);
-    RegDeleteKeyValueW(HKEY_CURRENT_USER, kToolbarKey, kClsid);
-  }
-  bool Written() const { return written_; }
-
- private:
-  static constexpr wchar_t kChromeId[] = L"abcdefghijklmnopabcdefghijklmnop";
-  static constexpr wchar_t kClsid[] = L"{5B4C3D2E-1F0A-4B9C-8D7E-6F5A4B3C2D1E}";
-  static constexpr wchar_t kFirefoxKey[] =
-      L"SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\Mozilla Firefox 115.0 (x64 en-US)";
-  static constexpr wchar_t kToolbarKey[] = L"Software\\Microsoft\\Internet Explorer\\Toolbar";
-  static constexpr wchar_t kClassKey[] =
-      L"SOFTWARE\\Classes\\CLSID\\{5B4C3D2E-1F0A-4B9C-8D7E-6F5A4B3C2D1E}";
-
-  IFileSystem& files() { return machine_.Get().files; }
-  bool Write(const std::wstring& path, const std::string& bytes) {
-    const std::wstring folder = text::ExcludeTrailingBackslash(text::ExtractFilePath(path));
-    return MakeDirectoryTree(files(), folder) &&
-           files().WriteWholeFile(path, {reinterpret_cast<const std::uint8_t*>(bytes.data()),
-                                         bytes.size()});
-  }
-  static bool Set(HKEY root, const std::wstring& key, const wchar_t* name,
-                  const std::wstring& value) {
-    return RegSetKeyValueW(root, key.c_str(), name, REG_SZ, value.c_str(),
-                           static_cast<DWORD>((value.size() + 1) * sizeof(wchar_t))) ==
-           ERROR_SUCCESS;
-  }
-
-  win32::Win32Platform machine_;
-  std::wstring mozilla_, google_;
-  bool written_ = false;
-};
-
-TEST(GuiToolbars, ToolbarsCategoryShowsOneToolbarOfEachSource) {
-  BrowserToolbars toolbars;
-  ASSERT_TRUE(toolbars.Written());
-  Program app;
-  ASSERT_TRUE(app.Start(kApp));
-  ASSERT_TRUE(app.WaitForList(kVisible + 4)) << "rows: " << app.RowCount();
-  SendMessageW(app.Control(Id::CategoryFirst + 1), BM_CLICK, 0, 0);
-  SendMessageTimeoutW(app.Main(), WM_NULL, 0, 0, SMTO_NORMAL, 30000, nullptr);
-  std::vector<std::wstring> shown = app.Captions();
-  std::sort(shown.begin(), shown.end());
-  EXPECT_EQ(shown, (std::vector<std::wstring>{
-                       L"Gui Chrome Toolbar (Chrome)", L"Gui Rdf Toolbar (Firefox)",
-                       L"Gui Registered Toolbar(x64)", L"Gui Xpi Toolbar (Firefox)"}));
-  EXPECT_EQ(app.Close(), 0);
-}
-
-TEST_F(Gui, SearchFiltersByNameAndEscapeClearsIt) {
-  HWND edit = app.Control(Id::SearchEdit);
-  EXPECT_EQ(WindowText(edit), L"Search Software");
-  SendMessageW(edit, WM_SETTEXT, 0, reinterpret_cast<LPARAM>(L"OFFice"));
-  SendMessageW(edit, WM_KEYUP, 'E', 0);
-  EXPECT_EQ(app.Captions(), std::vector<std::wstring>{L"Delta Office Suite(x64)"});
-  EXPECT_EQ(app.ColumnText(0), L"Software Name (Total:1)");
-  EXPECT_TRUE(IsWindowVisible(app.Control(Id::SearchClear)));
-  SendMessageW(edit, WM_KEYUP, VK_ESCAPE, 0);
-  EXPECT_EQ(WindowText(edit), L"");
-  EXPECT_FALSE(IsWindowVisible(app.Control(Id::SearchClear)));
-  EXPECT_EQ(app.RowCount(), kVisible);
-}
-
 TEST_F(Gui, EveryColumnSortsBothWays) {
   using V = std::vector<std::wstring>;
   const V byName = {L"Alpha Editor(x64)", L"Beta Viewer", L"Delta Office Suite(x64)",
@@ -611,83 +507,31 @@ TEST_F(Gui, EveryColumnSortsBothWays) {
   app.ClickColumn(0);
   EXPECT_EQ(app.Captions(), byName);
   EXPECT_EQ(app.SortArrow(0), HDF_SORTUP);
-
+  // By size; then by date, where the undated entry is lowest and Alpha was
+  // installed today.
   const V bySize = {L"Gamma Notes", L"Beta Viewer", L"Alpha Editor(x64)",
                     L"Delta Office Suite(x64)"};
-  app.ClickColumn(kSizeColumn);
-  EXPECT_EQ(app.Captions(), bySize);
-  EXPECT_EQ(app.SortArrow(kSizeColumn), HDF_SORTUP);
-  EXPECT_EQ(app.SortArrow(0), 0);
-  app.ClickColumn(kSizeColumn);
-  EXPECT_EQ(app.Captions(), V(bySize.rbegin(), bySize.rend()));
-  EXPECT_EQ(app.SortArrow(kSizeColumn), HDF_SORTDOWN);
-
-  // The undated entry is lowest; Alpha was installed today.
   const V byDate = {L"Gamma Notes", L"Delta Office Suite(x64)", L"Beta Viewer",
                     L"Alpha Editor(x64)"};
-  app.ClickColumn(kDateColumn);
-  EXPECT_EQ(app.Captions(), byDate);
-  app.ClickColumn(kDateColumn);
-  EXPECT_EQ(app.Captions(), V(byDate.rbegin(), byDate.rend()));
+  for (const auto& [column, ascending] : {std::pair{kSizeColumn, bySize}, std::pair{kDateColumn, byDate}}) {
+    app.ClickColumn(column);
+    EXPECT_EQ(app.Captions(), ascending) << column;
+    EXPECT_EQ(app.SortArrow(0), 0);
+    app.ClickColumn(column);
+    EXPECT_EQ(app.Captions(), V(ascending.rbegin(), ascending.rend())) << column;
+    EXPECT_EQ(app.SortArrow(column), HDF_SORTDOWN);
+  }
 }
 
-TEST_F(Gui, DetailsPanelFollowsTheSelection) {
-  EXPECT_TRUE(IsWindowVisible(app.Control(Id::DetailsIdle)));
-  EXPECT_FALSE(IsWindowVisible(app.Control(Id::DetailsName)));
-  const int alpha = app.RowWithSubItem(3, L"Alpha Soft");
-  app.SelectRow(alpha);
-  Settle();
-  EXPECT_FALSE(IsWindowVisible(app.Control(Id::DetailsIdle)));
-  EXPECT_EQ(WindowText(app.Control(Id::DetailsName)), L"Alpha Editor(x64)");
-  EXPECT_EQ(WindowText(app.Control(Id::DetailsVersion)), L"2.0");
-  EXPECT_EQ(WindowText(app.Control(Id::DetailsPublisher)), L"Alpha Soft");
-  EXPECT_EQ(WindowText(app.Control(Id::DetailsHelp)), L"https://example.org/alpha");
-  EXPECT_TRUE(IsWindowVisible(app.Control(Id::DetailsHelpTitle)));
-  EXPECT_EQ(WindowText(app.Control(Id::DetailsVersionTitle)), L"Version:");
-}
-
-TEST_F(Gui, SecondStartActivatesTheFirstAndExitsWithZero) {
-  ShowWindow(app.Main(), SW_HIDE);
-  // The activation message with the right wParam but a wrong lParam is ignored.
-  PostMessageW(app.Main(), forms::WM_ACTIVATE_INSTANCE, forms::kActivateWParam, 0x1234);
-  Settle();
-  EXPECT_FALSE(IsWindowVisible(app.Main()));
-  Program second;
-  ASSERT_TRUE(second.Start(kApp, L"/rightmenu C:\\nowhere.txt"));
-  ASSERT_EQ(WaitForSingleObject(second.Process(), 30000), WAIT_OBJECT_0);
-  DWORD code = 99;
-  GetExitCodeProcess(second.Process(), &code);
-  EXPECT_EQ(code, 0u);
-  EXPECT_TRUE(IsWindowVisible(app.Main()));
-  EXPECT_EQ(app.FindOwnWindow(L"TForceUninstall_Form") &&
-                IsWindowVisible(app.FindOwnWindow(L"TForceUninstall_Form")),
-            false);
-}
-
-TEST_F(Gui, AnExceptionInAHandlerIsLoggedAndTheWindowLivesOn) {
-  const std::wstring log = kAppDir + L"Error_Log.txt";
-  DeleteFileW(log.c_str());
-  const std::wstring target = L"C:\\varnel-tests\\locked.txt";
-  HANDLE lock = CreateFileW(target.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr);
-  ASSERT_NE(lock, INVALID_HANDLE_VALUE);
-  ExportTo(target);
-  CloseHandle(lock);
-  ASSERT_TRUE(WaitUntil([&] { return FileExists(log); }));
-  const std::wstring report = ReadUtf8(log);
-  EXPECT_NE(report.find(L"Application=" + kApp), std::wstring::npos) << text::ToUtf8(report);
-  EXPECT_NE(report.find(L"Version=0.5.0.0"), std::wstring::npos);
-  EXPECT_NE(report.find(L"Exception Type="), std::wstring::npos);
-  EXPECT_NE(report.find(L"Error Message=Cannot create file"), std::wstring::npos);
-  EXPECT_EQ(app.RowCount(), kVisible);
-  DeleteFileW(target.c_str());
-}
-
-TEST_F(Gui, ExportWritesHeaderAndEveryVisibleRecordInListOrder) {
+// The export writes its header and every record of the inventory in list
+// order; one it cannot write goes to the error log, and the window lives on.
+TEST_F(Gui, ExportWritesEveryRecordAndAFailedOneIsLogged) {
   const std::wstring file = L"C:\\varnel-tests\\programs";
   DeleteFileW((file + L".txt").c_str());
   ExportTo(file);
   ASSERT_TRUE(WaitUntil([&] { return FileExists(file + L".txt"); }));
   const std::wstring text = ReadUtf8(file + L".txt");
+  DeleteFileW((file + L".txt").c_str());
   win32::Win32Platform machine;
   const std::wstring header =
       L"====================================\r\nSoftware List\r\nApplication Version:0.5.0.0\r\n" +
@@ -698,37 +542,51 @@ TEST_F(Gui, ExportWritesHeaderAndEveryVisibleRecordInListOrder) {
   // Beta (32-bit view) and Gamma (the user's) come first, then the 64-bit
   // view; Gamma's second sighting is a hidden duplicate and stays out.
   auto block = [&](const std::wstring& key, const std::wstring& name, const std::wstring& root) {
-    const int row = app.RowWithSubItem(7, L"\\SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\" + key);
-    std::wstring b = L"Software Name: " + name + L"\r\n";
-    if (row < 0) return b;  // the update is not in this category
-    b += L"Version: " + app.Cell(row, Sub(2)) + L"\r\nPublisher: " + app.Cell(row, Sub(3)) +
-         L"\r\nInstall Time: " + app.Cell(row, Sub(1)) + L"\r\nSize: " + app.Cell(row, Sub(0)) +
-         L"\r\nHelp info: " + app.Cell(row, Sub(4)) + L"\r\nRegistry Key: " + root +
-         L"\\SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\" + key +
-         L"\r\nUninstall Command: C:\\Apps\\" + key + L"\\unins.exe\r\n" + std::wstring(46, L'-') +
-         L"\r\n\r\n";
-    return b;
+    const int row = RowNamed(app, name);
+    const std::vector<std::wstring> d = Details(row);
+    return L"Software Name: " + name + L"\r\nVersion: " + d[0] + L"\r\nPublisher: " + d[1] +
+           L"\r\nInstall Time: " + app.Cell(row, kDateColumn) +
+           L"\r\nSize: " + app.Cell(row, kSizeColumn) + L"\r\nHelp info: " + d[2] +
+           L"\r\nRegistry Key: " + root + L"\\SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\" +
+           key + L"\r\nUninstall Command: C:\\Apps\\" + key + L"\\unins.exe\r\n" +
+           std::wstring(46, L'-') + L"\r\n\r\n";
   };
-  std::wstring records = text.substr(stamp + 19 + 42);
-  EXPECT_EQ(records.substr(0, block(L"B_Beta", L"Beta Viewer", L"HKEY_LOCAL_MACHINE").size()),
-            block(L"B_Beta", L"Beta Viewer", L"HKEY_LOCAL_MACHINE"));
-  std::wstring expected = block(L"B_Beta", L"Beta Viewer", L"HKEY_LOCAL_MACHINE") +
-                          block(L"C_Gamma", L"Gamma Notes", L"HKEY_CURRENT_USER") +
-                          block(L"A_Alpha", L"Alpha Editor", L"HKEY_LOCAL_MACHINE") +
-                          block(L"D_Delta", L"Delta Office Suite", L"HKEY_LOCAL_MACHINE");
+  const std::wstring records = text.substr(stamp + 19 + 42);
+  const std::wstring expected = block(L"B_Beta", L"Beta Viewer", L"HKEY_LOCAL_MACHINE") +
+                                block(L"C_Gamma", L"Gamma Notes", L"HKEY_CURRENT_USER") +
+                                block(L"A_Alpha", L"Alpha Editor", L"HKEY_LOCAL_MACHINE") +
+                                block(L"D_Delta", L"Delta Office Suite", L"HKEY_LOCAL_MACHINE");
   EXPECT_EQ(records.substr(0, expected.size()), expected) << text::ToUtf8(records);
   EXPECT_NE(records.find(L"Software Name: Security Update for Thing (KB123456)\r\n",
                          expected.size()),
             std::wstring::npos);
   EXPECT_EQ(records.find(L"Software Name: Gamma Notes", records.find(L"Gamma Notes") + 1),
             std::wstring::npos);
+
+  const std::wstring log = kAppDir + L"Error_Log.txt";
+  DeleteFileW(log.c_str());
+  const std::wstring target = L"C:\\varnel-tests\\locked.txt";
+  HANDLE lock = CreateFileW(target.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr);
+  ASSERT_NE(lock, INVALID_HANDLE_VALUE);
+  ExportTo(target);
+  CloseHandle(lock);
+  DeleteFileW(target.c_str());
+  ASSERT_TRUE(WaitUntil([&] { return FileExists(log); }));
+  const std::wstring report = ReadUtf8(log);
+  DeleteFileW(log.c_str());
+  EXPECT_NE(report.find(L"Application=" + kApp), std::wstring::npos) << text::ToUtf8(report);
+  EXPECT_NE(report.find(L"Version=0.5.0.0"), std::wstring::npos);
+  EXPECT_NE(report.find(L"Exception Type="), std::wstring::npos);
+  EXPECT_NE(report.find(L"Error Message=Cannot create file"), std::wstring::npos);
+  EXPECT_EQ(app.RowCount(), kVisible);
 }
 
-TEST_F(Gui, KeysRefreshWithF5AndSearchWithCtrlFThenEscapeClears) {
-  auto listed = [&](const std::wstring& name) {
-    const auto captions = app.Captions();
-    return std::find(captions.begin(), captions.end(), name) != captions.end();
-  };
+// Real keys: F5 refreshes, Ctrl+F goes to the search box, typing searches in
+// any case, the clear button and Escape empty the box and leave the caret in it.
+TEST_F(Gui, KeysRefreshAndSearchAndClearingLeavesTheCaretInTheBox) {
+  auto listed = [&](const std::wstring& name) { return RowNamed(app, name) >= 0; };
+  HWND edit = app.Control(Id::SearchEdit), clear = app.Control(Id::SearchClear);
+  EXPECT_EQ(WindowText(edit), L"Search Software");
   ASSERT_TRUE(app.Activate());
   AddedEntry added(L"K_Kappa", L"Kappa Tool");
   ASSERT_TRUE(added.Written());
@@ -737,42 +595,47 @@ TEST_F(Gui, KeysRefreshWithF5AndSearchWithCtrlFThenEscapeClears) {
   EXPECT_TRUE(WaitUntil([&] { return app.RowCount() == kVisible + 1 && listed(L"Kappa Tool"); }));
   EXPECT_EQ(app.ColumnText(0), L"Software Name (Total:5)");
 
-  HWND edit = app.Control(Id::SearchEdit);
-  HWND clear = app.Control(Id::SearchClear);
-  EXPECT_NE(app.Focus(), edit);
   PressKey('F', {VK_CONTROL});
   ASSERT_TRUE(WaitUntil([&] { return app.Focus() == edit; }));
   EXPECT_EQ(WindowText(edit), L"");  // the placeholder leaves with the focus coming in
-  TypeLetters(L"office");
-  EXPECT_TRUE(WaitUntil([&] {
-    return WindowText(edit) == L"office" && app.ColumnText(0) == L"Software Name (Total:1)";
-  }));
-  EXPECT_EQ(app.Captions(), std::vector<std::wstring>{L"Delta Office Suite(x64)"});
-  EXPECT_TRUE(IsWindowVisible(clear));
+  auto search = [&](std::wstring_view letters) {
+    TypeLetters(letters);
+    EXPECT_TRUE(WaitUntil([&] {
+      return WindowText(edit) == letters && app.ColumnText(0) == L"Software Name (Total:1)";
+    }));
+    EXPECT_EQ(app.Captions(), std::vector<std::wstring>{L"Delta Office Suite(x64)"});
+    EXPECT_TRUE(IsWindowVisible(clear));
+  };
+  auto cleared = [&] {
+    EXPECT_TRUE(WaitUntil([&] { return app.RowCount() == kVisible + 1; }));
+    EXPECT_EQ(WindowText(edit), L"");
+    EXPECT_FALSE(IsWindowVisible(clear));
+    EXPECT_EQ(app.Focus(), edit);
+  };
+  search(L"office");
   PressKey(VK_ESCAPE);
-  EXPECT_TRUE(WaitUntil([&] { return app.RowCount() == kVisible + 1; }));
-  EXPECT_EQ(WindowText(edit), L"");
-  EXPECT_FALSE(IsWindowVisible(clear));
-  EXPECT_EQ(app.Focus(), edit);
+  cleared();
+  search(L"offi");
+  PostMessageW(clear, WM_LBUTTONDOWN, MK_LBUTTON, MAKELPARAM(2, 2));
+  PostMessageW(clear, WM_LBUTTONUP, 0, MAKELPARAM(2, 2));
+  cleared();
 
   // F5 with the keys still in the box: the list comes back whole, the box stays
   // empty and takes what is typed next as a search.
   ASSERT_TRUE(added.Remove());
   PressKey(VK_F5);
-  EXPECT_TRUE(WaitUntil([&] { return app.RowCount() == kVisible && WindowText(edit).empty(); }))
-      << app.RowCount() << " rows, box \"" << text::ToUtf8(WindowText(edit)) << "\"";
+  EXPECT_TRUE(WaitUntil([&] { return app.RowCount() == kVisible && WindowText(edit).empty(); }));
   TypeLetters(L"kappa");
-  EXPECT_TRUE(WaitUntil([&] { return WindowText(edit) == L"kappa"; }))
-      << "box \"" << text::ToUtf8(WindowText(edit)) << "\"";
-  EXPECT_TRUE(WaitUntil([&] { return app.ColumnText(0) == L"Software Name (Total:0)"; }));
-  PressKey(VK_ESCAPE);
-  EXPECT_TRUE(WaitUntil([&] { return app.RowCount() == kVisible; }));
-  EXPECT_FALSE(listed(L"Kappa Tool"));
+  EXPECT_TRUE(WaitUntil([&] {
+    return WindowText(edit) == L"kappa" && app.ColumnText(0) == L"Software Name (Total:0)";
+  }));
 }
 
-TEST_F(Gui, KeysTabWalksTheControlsDeleteAndEnterAskToUninstallTheSelectedRow) {
+// Tab walks the controls; Delete, Enter and the Uninstall button's access
+// key ask to uninstall the selected row.
+TEST_F(Gui, KeysTabWalksTheControlsAndEveryUninstallKeyAsks) {
   ASSERT_TRUE(app.Activate());
-  // Only the checked category button is a tab stop; the hidden clear button is skipped.
+  // Only the checked category button is a tab stop; the clear button is none.
   const std::vector<int> cycle = {Id::CategoryFirst,  Id::SearchEdit,     Id::List,
                                   Id::Uninstall,      Id::BatchUninstall, Id::ForceUninstall,
                                   Id::More,           Id::CategoryFirst};
@@ -786,41 +649,60 @@ TEST_F(Gui, KeysTabWalksTheControlsDeleteAndEnterAskToUninstallTheSelectedRow) {
   }
   EXPECT_EQ(order, cycle);
   EXPECT_EQ(WindowText(app.Control(Id::SearchEdit)), L"Search Software");
-  PressKey(VK_TAB, {VK_SHIFT});
-  EXPECT_TRUE(WaitUntil([&] { return app.Focus() == app.Control(Id::More); }));
-
-  // Back into the list, where Home selects the first row.
-  for (int i = 0; i < 4; ++i) PressKey(VK_TAB, {VK_SHIFT});
+  for (int i = 0; i < 5; ++i) PressKey(VK_TAB, {VK_SHIFT});
   ASSERT_TRUE(WaitUntil([&] { return app.Focus() == app.List(); }));
   EXPECT_EQ(app.SelectedRow(), -1);
   PressKey(VK_HOME);
   ASSERT_TRUE(WaitUntil([&] { return app.SelectedRow() == 0; }));
-  const std::wstring prompt = L"Are you sure you want to uninstall the selected programs?";
   HWND uninstalling = app.FindOwnWindow(L"TUninstalling_Form");
   ASSERT_NE(uninstalling, nullptr);
+  // Answered No: Yes runs the row's uninstaller, which the uninstall cases
+  // do with real ones.
+  // The access key clicks the button, which keeps the keys then.
+  const struct {
+    WORD key, modifier;  // 0: none
+    int focus;
+  } keys[] = {{VK_DELETE, 0, Id::List}, {VK_RETURN, 0, Id::List}, {'U', VK_MENU, Id::Uninstall}};
+  for (const auto& k : keys) {
+    if (k.modifier) {
+      PressKey(k.key, {k.modifier});
+    } else {
+      PressKey(k.key);
+    }
+    HWND box = app.WaitForDialog();
+    ASSERT_NE(box, nullptr) << k.key;
+    EXPECT_EQ(WindowText(box), L"Varnel Uninstaller");
+    Answer(IDNO, kSureUninstall);
+    EXPECT_FALSE(IsWindowVisible(uninstalling));
+    EXPECT_EQ(app.SelectedRow(), 0);
+    EXPECT_TRUE(WaitUntil([&] { return GetDlgCtrlID(app.Focus()) == k.focus; },
+                          std::chrono::seconds(5)))
+        << k.key << ": focus on control " << GetDlgCtrlID(app.Focus());
+  }
+}
 
-  PressKey(VK_DELETE);
-  HWND box = app.WaitForDialog();
-  ASSERT_NE(box, nullptr);
-  EXPECT_TRUE(ShowsText(box, prompt));
-  EXPECT_EQ(WindowText(box), L"Varnel Uninstaller");
-  Answer(IDNO);
-  EXPECT_FALSE(IsWindowVisible(uninstalling));
-  EXPECT_EQ(app.SelectedRow(), 0);
-  // The answer given, the keys go on where they were.
-  EXPECT_TRUE(WaitUntil([&] { return app.Focus() == app.List(); }, std::chrono::seconds(5)))
-      << "focus on control " << GetDlgCtrlID(app.Focus());
-
-  // Enter in the list is the default button's: the same question. Answered
-  // No as well: Yes runs the row's uninstaller, which the uninstall cases do
-  // with real ones.
-  PressKey(VK_RETURN);
-  box = app.WaitForDialog();
-  ASSERT_NE(box, nullptr);
-  EXPECT_TRUE(ShowsText(box, prompt));
-  Answer(IDNO);
-  EXPECT_FALSE(IsWindowVisible(uninstalling));
-  EXPECT_TRUE(WaitUntil([&] { return app.Focus() == app.List(); }, std::chrono::seconds(5)));
+// A double click beside the rows acts as Uninstall: with nothing selected it
+// asks for a program; in batch mode it takes the checked rows.
+TEST_F(Gui, DoubleClickBesideTheRowsAsksForAProgramOrTakesTheCheckedOnes) {
+  const RECT list = [&] {
+    RECT r{};
+    GetClientRect(app.List(), &r);
+    return r;
+  }();
+  auto doubleClickBelowTheRows = [&] {
+    PostMessageW(app.List(), WM_LBUTTONDBLCLK, MK_LBUTTON, MAKELPARAM(40, list.bottom - 10));
+  };
+  ASSERT_EQ(app.SelectedRow(), -1);
+  doubleClickBelowTheRows();
+  Answer(IDOK, L"Please select a program at first.");
+  app.Command(Id::BatchUninstall);
+  doubleClickBelowTheRows();
+  Answer(IDOK, L"Please select at least one program.");
+  app.SetRowChecked(0, true);
+  Settle();
+  doubleClickBelowTheRows();
+  Answer(IDNO, kSureUninstall);
+  EXPECT_FALSE(IsWindowVisible(app.FindOwnWindow(L"TUninstalling_Form")));
 }
 
 // The sequence driven by the window: the checked rows of a batch, their
@@ -851,33 +733,30 @@ TEST_F(Gui, BatchUninstallRunsTheCheckedProgramsOneAfterAnotherInOneSequence) {
   EXPECT_EQ(run.mostAtOnce, 1);  // never two uninstallers at a time
   EXPECT_EQ(run.openAtEnd, 0);   // the notice waited for the last one
   PostMessageW(finished, WM_COMMAND, IDOK, 0);
-  EXPECT_TRUE(WaitUntil([&] { return !IsWindowVisible(uninstalling); }));
-  EXPECT_TRUE(WaitUntil([&] { return IsWindowEnabled(app.Main()) != FALSE; }));
+  EXPECT_TRUE(WaitUntil([&] { return !IsWindowVisible(uninstalling) && IsWindowEnabled(app.Main()); }));
   EXPECT_FALSE(EntryExists(kSketchpad));
   EXPECT_FALSE(EntryExists(kSyncTray));
   EXPECT_TRUE(WaitUntil([&] { return app.RowCount() == kVisible; }));
   const std::wstring added = ReadUtf8(TodaysLog()).substr(before.size());
-  auto block = [&](const Sample& s) {
+  auto blockOf = [&](const Sample& s) {
     return added.find(L"[" + std::wstring(s.name) + L"]\r\nOperation:Standard Uninstall\r\nDate:");
   };
-  const std::size_t first = block(a < b ? kSketchpad : kSyncTray);
-  const std::size_t second = block(a < b ? kSyncTray : kSketchpad);
+  const std::size_t first = blockOf(a < b ? kSketchpad : kSyncTray);
+  const std::size_t second = blockOf(a < b ? kSyncTray : kSketchpad);
   EXPECT_NE(second, std::wstring::npos) << text::ToUtf8(added);
   EXPECT_LT(first, second) << text::ToUtf8(added);
-  std::size_t blocks = 0;
-  for (auto at = added.find(L"Operation:"); at != std::wstring::npos;
-       at = added.find(L"Operation:", at + 1))
-    ++blocks;
-  EXPECT_EQ(blocks, 2u);
+  EXPECT_EQ(added.find(L"Operation:", added.find(L"Operation:", second) + 1), std::wstring::npos);
 }
 
 // The saved choice preselects Advanced: no notice; Powerful Scan shows the
-// program's leftovers with unchecked boxes; Select All and Delete remove
-// them (the desktop shortcut and the settings key the uninstaller forgets)
-// and the day's log gets their block.
+// program's leftovers unchecked; Select All and Delete remove them (the
+// desktop shortcut and the settings key the uninstaller forgets) and the
+// day's log gets their block.
 TEST_F(Gui, AdvancedModeScansAndDeletesTheLeftoversTheUserChecks) {
   const std::wstring choice = AppDataFolder() + L"\\Varnel\\Varnel Uninstaller\\Select.ini";
-  std::ofstream(text::ToUtf8(choice).c_str()) << "[Main]\r\nAdvanced=1\r\n";
+  WriteBytes(choice, "[Main]\r\nAdvanced=1\r\n");
+  const std::unique_ptr<const std::wstring, void (*)(const std::wstring*)> forget(
+      &choice, [](const std::wstring* file) { DeleteFileW(file->c_str()); });
   ASSERT_TRUE(Install(kSketchpad));
   app.Command(Id::MenuRefresh);
   const int row = RowNamed(app, kSketchpad.name);
@@ -889,7 +768,6 @@ TEST_F(Gui, AdvancedModeScansAndDeletesTheLeftoversTheUserChecks) {
   namespace U = forms::UninstallingId;
   HWND scan = GetDlgItem(uninstalling, U::Scan);
   EXPECT_EQ(SendMessageW(GetDlgItem(uninstalling, U::Advanced), BM_GETCHECK, 0, 0), BST_CHECKED);
-  EXPECT_TRUE(IsWindowVisible(scan));
   const UninstallerClicks run =
       ClickThroughUninstallers(app.Pid(), [&] { return IsWindowEnabled(scan) != FALSE; });
   EXPECT_EQ(run.clicks, 1);
@@ -898,16 +776,9 @@ TEST_F(Gui, AdvancedModeScansAndDeletesTheLeftoversTheUserChecks) {
   wchar_t desktop[MAX_PATH] = {};
   ASSERT_TRUE(SUCCEEDED(SHGetFolderPathW(nullptr, CSIDL_DESKTOPDIRECTORY, nullptr, 0, desktop)));
   const std::wstring shortcut = std::wstring(desktop) + L"\\Oakhollow Sketchpad.lnk";
-  const wchar_t* settings = L"Software\\Oakhollow Studio\\Oakhollow Sketchpad";
-  auto keyExists = [&] {
-    HKEY key = nullptr;
-    if (RegOpenKeyExW(HKEY_CURRENT_USER, settings, 0, KEY_READ, &key) != ERROR_SUCCESS)
-      return false;
-    RegCloseKey(key);
-    return true;
-  };
+  const std::wstring settings = L"Software\\Oakhollow Studio\\Oakhollow Sketchpad";
   ASSERT_TRUE(FileExists(shortcut));
-  ASSERT_TRUE(keyExists());
+  ASSERT_TRUE(KeyExists(settings));
 
   PostMessageW(uninstalling, WM_COMMAND, U::Scan, 0);
   HWND results = nullptr;
@@ -918,18 +789,14 @@ TEST_F(Gui, AdvancedModeScansAndDeletesTheLeftoversTheUserChecks) {
   EXPECT_TRUE(WaitUntil([&] { return !IsWindowVisible(uninstalling); }));
   EXPECT_EQ(WindowText(results), L"Powerful Scan");
   namespace P = forms::PowerScanId;
-  HWND tree = GetDlgItem(results, P::Tree);
-  HWND remove = GetDlgItem(results, P::Delete), all = GetDlgItem(results, P::SelectAll);
-  EXPECT_NE(SendMessageW(tree, TVM_GETIMAGELIST, TVSIL_STATE, 0), 0);
+  HWND tree = GetDlgItem(results, P::Tree), remove = GetDlgItem(results, P::Delete);
   const std::vector<int> shown = TreeStates(tree);
   ASSERT_GE(shown.size(), 3u);  // the program, a group, an item at least
   EXPECT_EQ(std::count(shown.begin(), shown.end(), 1), static_cast<long>(shown.size()));
   EXPECT_FALSE(IsWindowEnabled(remove));
-
   SendMessageW(results, WM_COMMAND, P::SelectAll, 0);
   const std::vector<int> checked = TreeStates(tree);
   EXPECT_EQ(std::count(checked.begin(), checked.end(), 2), static_cast<long>(shown.size()));
-  EXPECT_EQ(WindowText(all), L"Deselect All");
   EXPECT_TRUE(IsWindowEnabled(remove));
 
   const std::wstring before = ReadUtf8(TodaysLog());
@@ -940,7 +807,7 @@ TEST_F(Gui, AdvancedModeScansAndDeletesTheLeftoversTheUserChecks) {
   PostMessageW(finished, WM_COMMAND, IDOK, 0);
   EXPECT_TRUE(WaitUntil([&] { return !IsWindowVisible(results) && IsWindowEnabled(app.Main()); }));
   EXPECT_FALSE(FileExists(shortcut));
-  EXPECT_FALSE(keyExists());
+  EXPECT_FALSE(KeyExists(settings));
   const std::wstring added = ReadUtf8(TodaysLog()).substr(before.size());
   EXPECT_NE(added.find(L"[Oakhollow Sketchpad]\r\nOperation:Powerful Scan\r\nDate:"),
             std::wstring::npos)
@@ -949,140 +816,93 @@ TEST_F(Gui, AdvancedModeScansAndDeletesTheLeftoversTheUserChecks) {
   EXPECT_NE(text::Lower(added).find(text::Lower(L"\r\nDeleted File " + shortcut + L"\r\n")),
             std::wstring::npos)
       << text::ToUtf8(added);
-  DeleteFileW(choice.c_str());
 }
 
-// Delete All removes every listed log, and only those.
-TEST_F(Gui, LogManagerDeleteAllEmptiesTheLogFolder) {
-  const std::wstring folder = LogFolder();
+// The log manager under its caption: Delete All removes every listed log and
+// only those (asking under Delete's key, which the shipped file has), and a
+// folder the guard deleted comes back through Restore before Delete removes
+// its backup. The day's log is put back as it was.
+TEST_F(Gui, LogManagerDeletesEveryLogAndRestoresABackup) {
+  const std::wstring folder = LogFolder(), today = ReadUtf8(TodaysLog());
   SHCreateDirectoryExW(nullptr, folder.c_str(), nullptr);
   const std::vector<std::wstring> files = {folder + L"2001-01-01.log", folder + L"notes.LOG.txt"};
-  for (const auto& file : files) std::ofstream(text::ToUtf8(file).c_str()) << "x";
+  for (const auto& file : files) WriteBytes(file, "x");
   CreateDirectoryW((folder + L"x.log").c_str(), nullptr);
-  app.Command(Id::MenuLogManagement, true);
-  HWND logs = nullptr;
-  ASSERT_TRUE(WaitUntil([&] {
-    logs = app.FindOwnWindow(L"TLogManager_Form");
-    return logs && IsWindowVisible(logs);
-  }));
-  namespace L = forms::LogManagerId;
-  HWND list = GetDlgItem(logs, L::List);
-  std::vector<std::wstring> names;
-  for (int i = 0, n = app.RowCountOf(list); i < n; ++i) names.push_back(app.CellOf(list, i, 0));
-  for (const wchar_t* name : {L"2001-01-01.log", L"notes.LOG.txt"})
-    EXPECT_NE(std::find(names.begin(), names.end(), name), names.end()) << text::ToUtf8(name);
-  EXPECT_TRUE(IsWindowEnabled(GetDlgItem(logs, L::DeleteAll)));
-
-  PostMessageW(logs, WM_COMMAND, L::DeleteAll, 0);
-  HWND box = app.WaitForDialog(logs);
-  ASSERT_NE(box, nullptr);
-  // Delete All asks under Delete's key, which the shipped language file has.
-  const std::wstring english = ReadUtf8(kAppDir + L"Toolbox_Language\\English.lng");
-  EXPECT_TRUE(ShowsText(box, LngValue(english, L"Uninstaller_LogManager_Form_M", L"M_SureDelSelect")));
-  Answer(IDYES, logs);
-  EXPECT_TRUE(WaitUntil([&] { return app.RowCountOf(list) == 0; }));
-  for (const auto& file : files) EXPECT_FALSE(FileExists(file)) << text::ToUtf8(file);
-  EXPECT_FALSE(FileExists(TodaysLog()));
-  EXPECT_TRUE(FileExists(folder + L"x.log"));
-  EXPECT_FALSE(IsWindowEnabled(GetDlgItem(logs, L::DeleteAll)));
-  PostMessageW(logs, WM_COMMAND, IDCANCEL, 0);
-  EXPECT_TRUE(WaitUntil([&] { return !IsWindowVisible(logs) && IsWindowEnabled(app.Main()); }));
-  RemoveDirectoryW((folder + L"x.log").c_str());
-}
-
-// A folder the guard deleted comes back through the log manager's Restore,
-// and Delete then removes its backup.
-TEST_F(Gui, LogManagerRestoresABackupAndDeletesIt) {
-  const std::wstring folder = L"C:\\varnel-tests\\backed-up";
-  const std::wstring file = folder + L"\\notes.txt";
-  CreateDirectoryW(folder.c_str(), nullptr);
-  std::ofstream(text::ToUtf8(file).c_str()) << "keep me";
+  const std::wstring kept = L"C:\\varnel-tests\\backed-up", keptFile = kept + L"\\notes.txt";
+  CreateDirectoryW(kept.c_str(), nullptr);
+  WriteBytes(keptFile, "keep me");
   win32::Win32Platform machine;
   std::wstring id;
   {
     auto backup = Backup::Begin(machine.Get());
     ASSERT_TRUE(backup);
     DeletionGuard guard(machine.Get(), ProtectedPlaces(machine.Get(), {}), backup.get());
-    ASSERT_TRUE(guard.DeleteFolderTree(folder).deleted);
+    ASSERT_TRUE(guard.DeleteFolderTree(kept).deleted);
     id = backup->Id();
   }
-  ASSERT_FALSE(FileExists(file));
+  ASSERT_FALSE(FileExists(keptFile));
 
-  app.Command(Id::MenuLogManagement, true);
-  HWND logs = nullptr;
-  ASSERT_TRUE(WaitUntil([&] {
-    logs = app.FindOwnWindow(L"TLogManager_Form");
-    return logs && IsWindowVisible(logs);
-  }));
+  HWND logs = Open(Id::MenuLogManagement, L"TLogManager_Form");
+  ASSERT_NE(logs, nullptr);
+  EXPECT_EQ(WindowText(logs), L"Uninstall Log Manager");
   namespace L = forms::LogManagerId;
-  HWND list = GetDlgItem(logs, L::Backups), room = GetDlgItem(logs, L::Room);
-  HWND restore = GetDlgItem(logs, L::Restore), remove = GetDlgItem(logs, L::DeleteBackup);
+  HWND list = GetDlgItem(logs, L::List);
+  std::vector<std::wstring> names;
+  for (int i = 0, n = app.RowCountOf(list); i < n; ++i) names.push_back(app.CellOf(list, i, 0));
+  for (const wchar_t* name : {L"2001-01-01.log", L"notes.LOG.txt"})
+    EXPECT_NE(std::find(names.begin(), names.end(), name), names.end()) << text::ToUtf8(name);
+  const std::wstring section = L"Uninstaller_LogManager_Form_M";
+  PostMessageW(logs, WM_COMMAND, L::DeleteAll, 0);
+  Answer(IDYES, English(section, L"M_SureDelSelect"), logs);
+  EXPECT_TRUE(WaitUntil([&] { return app.RowCountOf(list) == 0; }));
+  for (const auto& file : files) EXPECT_FALSE(FileExists(file)) << text::ToUtf8(file);
+  EXPECT_TRUE(FileExists(folder + L"x.log"));
+  EXPECT_FALSE(IsWindowEnabled(GetDlgItem(logs, L::DeleteAll)));
+  RemoveDirectoryW((folder + L"x.log").c_str());
+  if (!today.empty()) WriteBytes(TodaysLog(), text::ToUtf8(today));
+
+  HWND backups = GetDlgItem(logs, L::Backups), restore = GetDlgItem(logs, L::Restore);
   auto rowOf = [&] {
-    for (int i = 0, n = app.RowCountOf(list); i < n; ++i)
-      if (app.CellOf(list, i, 0) == id) return i;
+    for (int i = 0, n = app.RowCountOf(backups); i < n; ++i)
+      if (app.CellOf(backups, i, 0) == id) return i;
     return -1;
   };
-  int row = rowOf();
-  ASSERT_GE(row, 0);
-  EXPECT_EQ(app.CellOf(list, row, 2), L"1");
-  EXPECT_EQ(WindowText(room).rfind(L"All backups together take ", 0), 0u)
-      << text::ToUtf8(WindowText(room));
+  ASSERT_GE(rowOf(), 0);
+  EXPECT_EQ(app.CellOf(backups, rowOf(), 2), L"1");
   EXPECT_FALSE(IsWindowEnabled(restore));
-  app.SelectRowOf(list, row);
+  app.SelectRowOf(backups, rowOf());
   Settle();
-  EXPECT_TRUE(IsWindowEnabled(restore));
-  EXPECT_TRUE(IsWindowEnabled(remove));
-
-  const std::wstring english = ReadUtf8(kAppDir + L"Toolbox_Language\\English.lng");
-  auto asked = [&](HWND box, const wchar_t* key) {
-    return ShowsText(box, LngValue(english, L"Uninstaller_LogManager_Form_M", key));
-  };
-  HWND notice =
-      AnswerYesForNotice(logs, L::Restore,
-                         LngValue(english, L"Uninstaller_LogManager_Form_M", L"M_SureRestore"),
-                         L"1 item was restored.");
+  HWND notice = AnswerYesForNotice(logs, L::Restore, English(section, L"M_SureRestore"),
+                                   L"1 item was restored.");
   ASSERT_NE(notice, nullptr);
   PostMessageW(notice, WM_COMMAND, IDOK, 0);
   ASSERT_TRUE(WaitUntil([&] { return !IsWindow(notice); }));
-  EXPECT_EQ(ReadUtf8(file), L"keep me");
-
-  row = rowOf();
-  ASSERT_GE(row, 0);  // a restore keeps the backup
-  app.SelectRowOf(list, row);
+  EXPECT_EQ(ReadUtf8(keptFile), L"keep me");
+  ASSERT_GE(rowOf(), 0);  // a restore keeps the backup
+  app.SelectRowOf(backups, rowOf());
   Settle();
   PostMessageW(logs, WM_COMMAND, L::DeleteBackup, 0);
-  HWND question = app.WaitForDialog(logs);
-  ASSERT_NE(question, nullptr);
-  EXPECT_TRUE(asked(question, L"M_SureDelBackup"));
-  Answer(IDYES, logs);
+  Answer(IDYES, English(section, L"M_SureDelBackup"), logs);
   EXPECT_TRUE(WaitUntil([&] { return rowOf() < 0; }));
   for (const BackupSummary& b : ListBackups(machine.Get())) EXPECT_NE(b.id, id);
-  EXPECT_FALSE(IsWindowEnabled(restore));
   PostMessageW(logs, WM_COMMAND, IDCANCEL, 0);
   EXPECT_TRUE(WaitUntil([&] { return !IsWindowVisible(logs) && IsWindowEnabled(app.Main()); }));
-  DeleteFileW(file.c_str());
-  RemoveDirectoryW(folder.c_str());
+  DeleteFileW(keptFile.c_str());
+  RemoveDirectoryW(kept.c_str());
 }
 
-// Last: it removes an entry for good.
 // The forced-uninstall window over its logic: a search by name fills the
 // list (never with the first record), Cancel hides the window.
 TEST_F(Gui, ForcedUninstallSearchListsMatchesButNeverTheFirstRecord) {
-  const int first = app.RowWithSubItem(8, L"0");
+  const int first = app.RowOfRecord(0);
   ASSERT_GE(first, 0);
   const std::wstring firstName = app.Cell(first, 0);
-  app.Command(Id::ForceUninstall);
-  HWND force = nullptr;
-  ASSERT_TRUE(WaitUntil([&] {
-    force = app.FindOwnWindow(L"TForceUninstall_Form");
-    return force && IsWindowVisible(force);
-  }));
+  HWND force = Open(Id::ForceUninstall, L"TForceUninstall_Form");
+  ASSERT_NE(force, nullptr);
   namespace F = forms::ForceUninstallId;
   HWND list = GetDlgItem(force, F::List);
   EXPECT_FALSE(IsWindowVisible(list));
-  EXPECT_TRUE(IsWindowVisible(GetDlgItem(force, F::DragInfo)));
-  EXPECT_EQ(WindowText(GetDlgItem(force, F::Next)), L"Next>");
-  // The first record's own name finds everything else holding it, never itself.
+  // The first record's own initial finds everything else holding it, never itself.
   SendMessageW(GetDlgItem(force, F::Name), WM_SETTEXT, 0,
                reinterpret_cast<LPARAM>(firstName.substr(0, 1).c_str()));
   SendMessageW(force, WM_COMMAND, MAKEWPARAM(F::Search, BN_CLICKED),
@@ -1092,45 +912,39 @@ TEST_F(Gui, ForcedUninstallSearchListsMatchesButNeverTheFirstRecord) {
   std::vector<std::wstring> shown;
   for (int r = 0, n = app.RowCountOf(list); r < n; ++r) shown.push_back(app.CellOf(list, r, 0));
   EXPECT_FALSE(shown.empty());
-  EXPECT_EQ(std::count(shown.begin(), shown.end(), firstName), 0) << firstName;
+  EXPECT_EQ(std::count(shown.begin(), shown.end(), firstName), 0) << text::ToUtf8(firstName);
   SendMessageW(force, WM_COMMAND, MAKEWPARAM(F::Cancel, BN_CLICKED),
                reinterpret_cast<LPARAM>(GetDlgItem(force, F::Cancel)));
   EXPECT_FALSE(IsWindowVisible(force));
 }
 
-// Takes a sample's entry for good, so its suite is registered after every
-// other one and runs last.
-class GuiEntryRemoval : public Gui {};
+// Remove Entry asks and then keeps record 0; another record's key goes, with
+// its row, and a refresh agrees. The entry removed is one this case writes.
+TEST_F(Gui, RemoveEntryKeepsRecordZeroAndRemovesAnother) {
+  AddedEntry added(L"R_Rho", L"Rho Remover");
+  ASSERT_TRUE(added.Written());
+  app.Command(Id::MenuRefresh);
+  ASSERT_EQ(app.RowCount(), kVisible + 1);
+  app.SelectRow(app.RowOfRecord(0));
+  Settle();
+  app.Command(Id::MenuRemoveEntry, true);
+  Answer(IDYES, L"Are you sure to remove the selected program entry?");
+  EXPECT_EQ(app.RowCount(), kVisible + 1);
+  EXPECT_GE(app.RowOfRecord(0), 0);
 
-TEST_F(GuiEntryRemoval, KeepsRecordZeroAndRemovesAnotherThenRefreshAgrees) {
-  const int first = app.RowWithSubItem(8, L"0");
-  ASSERT_GE(first, 0);
-  const std::wstring firstName = app.Cell(first, 0);
-  app.SelectRow(first);
+  const int rho = RowNamed(app, L"Rho Remover");
+  ASSERT_GE(rho, 0);
+  ASSERT_GT(app.RecordOf(rho), 0);
+  app.SelectRow(rho);
   Settle();
   app.Command(Id::MenuRemoveEntry, true);
   Answer(IDYES);
   EXPECT_EQ(app.RowCount(), kVisible);
-  EXPECT_GE(app.RowWithSubItem(8, L"0"), 0);
-
-  const int gamma = app.RowWithSubItem(6, L"HKEY_CURRENT_USER");
-  ASSERT_GE(gamma, 0);
-  ASSERT_NE(app.Cell(gamma, Sub(8)), L"0");
-  app.SelectRow(gamma);
-  Settle();
-  app.Command(Id::MenuRemoveEntry, true);
-  Answer(IDYES);
-  EXPECT_EQ(app.RowCount(), kVisible - 1);
-  EXPECT_LT(app.RowWithSubItem(6, L"HKEY_CURRENT_USER"), 0);
-  HKEY key = nullptr;
-  const LONG opened = RegOpenKeyExW(
-      HKEY_CURRENT_USER, L"Software\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\C_Gamma", 0,
-      KEY_READ, &key);
-  EXPECT_NE(opened, ERROR_SUCCESS);
-  if (opened == ERROR_SUCCESS) RegCloseKey(key);
+  EXPECT_LT(RowNamed(app, L"Rho Remover"), 0);
+  EXPECT_FALSE(KeyExists(added.Path()));
   app.Command(Id::MenuRefresh);
-  EXPECT_EQ(app.RowCount(), kVisible - 1);
-  EXPECT_EQ(app.ColumnText(0), L"Software Name (Total:3)");
+  EXPECT_EQ(app.RowCount(), kVisible);
+  EXPECT_EQ(app.ColumnText(0), L"Software Name (Total:4)");
 }
 
 }  // namespace

@@ -6,6 +6,7 @@
 #include "base/date_time.h"
 #include "inventory/software_info.h"
 #include "platform/memory/memory_platform.h"
+#include "ui/key_hints.h"
 #include "ui/main_window_state.h"
 #include "ui/row_compare.h"
 #include "ui/row_details.h"
@@ -143,6 +144,28 @@ TEST(SearchBox, PlaceholderComesAndGoesWithFocusAndEscapeEmpties) {
   EXPECT_TRUE(SearchBoxOnKeyUp(L"n", 'N').clearButton);
   EXPECT_FALSE(SearchBoxOnKeyUp(L"", 8).clearButton);
   EXPECT_EQ(FormatCount(L"Software Name (Total:%d)", 12), L"Software Name (Total:12)");
+}
+
+TEST(KeyHints, EveryCaptionGetsItsOwnKeyAndMenuShortcutsOutliveTranslation) {
+  using V = std::vector<std::wstring>;
+  const struct {
+    V captions, expected;
+  } cases[] = {
+      {{L"Uninstall", L"Batch Uninstall", L"Forced Uninstall", L"More"},
+       {L"&Uninstall", L"&Batch Uninstall", L"&Forced Uninstall", L"&More"}},
+      // Taken initials fall back to a later word's, then to any letter.
+      {{L"Rarely Used", L"Recently Installed", L"Run"},
+       {L"&Rarely Used", L"Recently &Installed", L"R&un"}},
+      // A translator's own key is kept and reserved, whatever its place.
+      {{L"Save", L"&Stop"}, {L"S&ave", L"&Stop"}},
+      // A lone ampersand shows as itself; nothing free leaves it keyless.
+      {{L"Tom & Jerry", L"T", L"?"}, {L"&Tom && Jerry", L"T", L"?"}},
+  };
+  for (const auto& c : cases) EXPECT_EQ(WithAccessKeys(c.captions), c.expected);
+
+  EXPECT_EQ(KeepShortcut(L"Refresh\tF5", L"Aktualisieren"), L"Aktualisieren\tF5");
+  EXPECT_EQ(KeepShortcut(L"Refresh\tF5", L"Neu laden\tStrg+R"), L"Neu laden\tStrg+R");
+  EXPECT_EQ(KeepShortcut(L"Uninstall", L"Deinstallieren"), L"Deinstallieren");
 }
 
 TEST(RowCompare, SizesRankByUnitThenLengthThenText) {

@@ -1,6 +1,7 @@
 #include "ui/forms/form_texts.h"
 
 #include "controls/window.h"
+#include "ui/key_hints.h"
 #include "ui/language_catalog.h"
 
 namespace varnel::forms {
@@ -29,7 +30,9 @@ class MenuItemText : public ITranslatable {
   std::wstring Name() const override { return name_; }
   ComponentKind Kind() const override { return ComponentKind::MenuItem; }
   std::wstring Text() const override { return menu_.Text(item_, byPosition_); }
-  void SetText(std::wstring_view text) override { menu_.SetText(item_, text, byPosition_); }
+  void SetText(std::wstring_view text) override {
+    menu_.SetText(item_, KeepShortcut(Text(), text), byPosition_);
+  }
 
  private:
   std::wstring name_;

@@ -9,6 +9,7 @@
 #include "core/data_folder.h"
 #include "ui/forms/main_form_ids.h"
 #include "ui/forms/private_messages.h"
+#include "ui/key_hints.h"
 #include "ui/language_catalog.h"
 #include "ui/right_menu.h"
 #include "ui/timing_trace.h"
@@ -105,23 +106,21 @@ void TUninstallForm_Main::CreateControls() {
   detailsIdle_.Attach(CreateChild(hwnd_, L"STATIC", L"", SS_LEFT, MainId::DetailsIdle));
   bottomInfo_.Attach(CreateChild(hwnd_, L"STATIC", L"", SS_LEFT, MainId::BottomInfo));
 
-  // Icons follow the window's DPI: 16, 32 and 48 pixels at 100 %.
-  small_ = controls::ImageList(controls::Scale(16, dpi_), controls::Scale(16, dpi_));
-  large_ = controls::ImageList(controls::Scale(32, dpi_), controls::Scale(32, dpi_));
-  big48_ = controls::ImageList(controls::Scale(48, dpi_), controls::Scale(48, dpi_));
-  // Image 0 stands for a program whose own icon is not known (yet).
-  HICON generic = LoadIconW(nullptr, IDI_APPLICATION);
-  small_.Add(generic);
-  large_.Add(generic);
-  big48_.Add(generic);
-  list_.SetImageList(small_.Handle(), LVSIL_SMALL);
-  list_.SetImageList(large_.Handle(), LVSIL_NORMAL);
+  small_ = controls::ImageList(1, 1);
+  large_ = controls::ImageList(1, 1);
+  big48_ = controls::ImageList(1, 1);
+  SizeImageLists();
+  // What the list adds to the images' height for a row, measured while it
+  // has no groups yet (a row outside every group would not show).
+  if (const int row = list_.RowHeight(); row > 0) {
+    rowPadding_ = row - controls::Scale(kRowHeight, dpi_);
+    if (rowPadding_ != 0) SizeImageLists();
+  }
+  gridPen_.reset(CreatePen(PS_SOLID, 1, kGridColour));
 
   const int widths[MainId::VisibleColumns] = {300, 80, 130};
-  for (int c = 0; c < MainId::Columns; ++c) {
-    const int width = c < MainId::VisibleColumns ? controls::Scale(widths[c], dpi_) : 0;
-    list_.InsertColumn(c, L"", width, c == 1 ? LVCFMT_RIGHT : LVCFMT_LEFT);
-  }
+  for (int c = 0; c < MainId::VisibleColumns; ++c)
+    list_.InsertColumn(c, L"", controls::Scale(widths[c], dpi_), c == 1 ? LVCFMT_RIGHT : LVCFMT_LEFT);
   CreateMenus();
   LoadTexts();
   list_.EnableGroups(true);
@@ -183,6 +182,14 @@ void TUninstallForm_Main::LoadTexts() {
   t.AddMenuItem(L"PopupMenu_Manager_VRP", managerMenu_, MainId::MenuRestorePoint, false);
 
   const auto language = TranslateForm(app_.Machine(), t);
+  // Access keys once the captions are in the user's language; the command
+  // buttons choose before the categories.
+  std::vector<controls::Window> buttons = {uninstall_, batch_, forceUninstall_, more_};
+  for (HWND category : categories_) buttons.emplace_back(category);
+  std::vector<std::wstring> captions;
+  for (const controls::Window& button : buttons) captions.push_back(button.Text());
+  const std::vector<std::wstring> keyed = WithAccessKeys(captions);
+  for (std::size_t i = 0; i < buttons.size(); ++i) buttons[i].SetText(keyed[i]);
   auto m = [&](std::wstring_view key) { return CatalogMessage(*language, kFormName, key); };
   messages_.searchSoftware = m(L"M_SearchSoftware");
   messages_.softwareFormat = m(L"M_SoftwareFormat");
@@ -255,6 +262,10 @@ LRESULT TUninstallForm_Main::HandleMessage(UINT message, WPARAM wParam, LPARAM l
     case WM_ROW_GROUP: {
       const SoftRow* row = RowAt(static_cast<int>(wParam));
       return row ? row->group : 0;
+    }
+    case WM_ROW_RECORD: {
+      const SoftRow* row = RowAt(static_cast<int>(wParam));
+      return row ? row->index : -1;
     }
     case WM_DRAIN_HANDOVERS:
       app_.Dispatcher().Drain();

@@ -32,6 +32,9 @@ class TForceUninstall_Form;
 class TPowerScan_Form;
 class TLogManager_Form;
 
+constexpr int kRowHeight = 25;  // pixels at 100 %
+constexpr COLORREF kGridColour = 0xE6E6E6;
+
 // The main window: the inventory in one list, six categories, search, sort,
 // the details panel and the commands on a program.
 class TUninstallForm_Main : public controls::BaseWindow, public IInventoryView {
@@ -69,6 +72,7 @@ class TUninstallForm_Main : public controls::BaseWindow, public IInventoryView {
   void LoadTexts();
   void Layout();
   void ApplyDpi();
+  void SizeImageLists();
   void FormActivate();
   void TimerGetSoftware();
   void FormClose();
@@ -82,6 +86,7 @@ class TUninstallForm_Main : public controls::BaseWindow, public IInventoryView {
   const SoftRow* RowAt(int item) const;
   const SoftRow* SelectedRow() const;
   void FillDispInfo(NMLVDISPINFOW& info);
+  LRESULT DrawGrid(NMLVCUSTOMDRAW& draw);
   static int CALLBACK CompareRows(LPARAM a, LPARAM b, LPARAM self);
 
   // The search box.
@@ -123,6 +128,8 @@ class TUninstallForm_Main : public controls::BaseWindow, public IInventoryView {
   controls::Label detailsIcon_, detailsName_, versionTitle_, version_, publisherTitle_,
       publisher_, helpTitle_, help_, detailsIdle_, bottomInfo_;
   controls::ImageList small_, large_, big48_;
+  int rowPadding_ = 0;  // what the list adds to the small images' height
+  controls::UniquePen gridPen_;
   controls::UniqueHicon detailsIconHandle_;
   controls::UniqueFont font_, boldFont_, linkFont_;
   controls::PopupMenu softMenu_;

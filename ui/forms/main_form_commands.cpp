@@ -125,8 +125,12 @@ LRESULT TUninstallForm_Main::OnNotify(NMHDR& header) {
           UpdateDetails();
         return 0;
       }
+      case NM_CUSTOMDRAW:
+        return DrawGrid(reinterpret_cast<NMLVCUSTOMDRAW&>(header));
       case NM_DBLCLK:
-        if (SelectedRow()) UninstallClick();
+        // On a row or beside the rows alike: without a selection the
+        // uninstall asks for one, in batch mode it takes the checked rows.
+        UninstallClick();
         return 0;
       case LVN_KEYDOWN:
         if (reinterpret_cast<NMLVKEYDOWN&>(header).wVKey == VK_DELETE) UninstallClick();
@@ -134,11 +138,6 @@ LRESULT TUninstallForm_Main::OnNotify(NMHDR& header) {
       default:
         return 0;
     }
-  }
-  // The sub-item columns stay zero-width.
-  if (header.hwndFrom == list_.Header() &&
-      (header.code == HDN_BEGINTRACKW || header.code == HDN_DIVIDERDBLCLICKW)) {
-    return reinterpret_cast<NMHEADERW&>(header).iItem >= MainId::VisibleColumns ? TRUE : FALSE;
   }
   return 0;
 }

@@ -33,9 +33,8 @@ constexpr int MenuExportList = 2101;
 constexpr int MenuLogManagement = 2102;
 constexpr int MenuRestorePoint = 2103;
 
-// List columns: name, size, date, then sub-items 2..9 in zero-width columns,
-// so sub-item k is column k + 1.
+// List columns: name, size, date. The other sub-items stay with the row's
+// data, out of reach of screen readers.
 constexpr int VisibleColumns = 3;
-constexpr int Columns = 11;
 
 }  // namespace varnel::forms::MainId

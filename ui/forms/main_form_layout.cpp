@@ -1,5 +1,8 @@
 #include "ui/forms/main_form.h"
 
+#include <algorithm>
+#include <vector>
+
 #include "controls/dpi.h"
 #include "ui/forms/main_form_ids.h"
 
@@ -69,7 +72,30 @@ void TUninstallForm_Main::OnDpiChanged(UINT dpi, const RECT& suggested) {
   BaseWindow::OnDpiChanged(dpi, suggested);
   list_.SetColumnWidth(1, controls::Scale(80, dpi_));
   list_.SetColumnWidth(2, controls::Scale(130, dpi_));
+  SizeImageLists();
   ApplyDpi();
+}
+
+// Every image again at the window's DPI (16, 32 and 48 pixels at 100 %),
+// drawn from the large list; image 0 stands for a program whose own icon is
+// not known (yet). The small images' cells are as tall as a row should be,
+// less what the list adds.
+void TUninstallForm_Main::SizeImageLists() {
+  std::vector<controls::UniqueHicon> icons;
+  for (int i = 0, n = large_.Count(); i < n; ++i) icons.push_back(large_.Icon(i));
+  if (icons.empty()) icons.emplace_back(CopyIcon(LoadIconW(nullptr, IDI_APPLICATION)));
+  const int icon = controls::Scale(16, dpi_);
+  small_.Resize(icon, std::max(icon, controls::Scale(kRowHeight, dpi_) - rowPadding_), icon);
+  large_.Resize(controls::Scale(32, dpi_), controls::Scale(32, dpi_));
+  big48_.Resize(controls::Scale(48, dpi_), controls::Scale(48, dpi_));
+  for (const controls::UniqueHicon& each : icons) {
+    small_.Add(each.get());
+    large_.Add(each.get());
+    big48_.Add(each.get());
+  }
+  // The list measures its rows anew when it is given its lists.
+  list_.SetImageList(small_.Handle(), LVSIL_SMALL);
+  list_.SetImageList(large_.Handle(), LVSIL_NORMAL);
 }
 
 }  // namespace varnel::forms

@@ -97,13 +97,48 @@ void TUninstallForm_Main::FillDispInfo(NMLVDISPINFOW& info) {
   const SoftRow& row = it->second;
   if (info.item.mask & LVIF_TEXT) {
     const int sub = info.item.iSubItem;
-    const std::wstring* text = sub == 0 ? &row.caption
-                               : sub <= SubItem::Count ? &row.sub[sub - 1]
-                                                       : nullptr;
+    const std::wstring* text = sub == 0                         ? &row.caption
+                               : sub < MainId::VisibleColumns ? &row.sub[sub - 1]
+                                                              : nullptr;
     if (text && info.item.pszText && info.item.cchTextMax > 0)
       lstrcpynW(info.item.pszText, text->c_str(), info.item.cchTextMax);
   }
   if (info.item.mask & LVIF_IMAGE) info.item.iImage = row.image;
+}
+
+// Grid lines in the list's own light grey under each row and at each
+// column's right edge; the control's own grid has a fixed colour.
+LRESULT TUninstallForm_Main::DrawGrid(NMLVCUSTOMDRAW& draw) {
+  switch (draw.nmcd.dwDrawStage) {
+    case CDDS_PREPAINT:
+      return list_.View() == LV_VIEW_DETAILS ? CDRF_NOTIFYITEMDRAW : CDRF_DODEFAULT;
+    case CDDS_ITEMPREPAINT:
+      return CDRF_NOTIFYPOSTPAINT;
+    case CDDS_ITEMPOSTPAINT: {
+      RECT row{LVIR_BOUNDS, 0, 0, 0};
+      if (!SendMessageW(list_.Handle(), LVM_GETITEMRECT, draw.nmcd.dwItemSpec,
+                        reinterpret_cast<LPARAM>(&row)))
+        return CDRF_DODEFAULT;
+      HDC dc = draw.nmcd.hdc;
+      const HGDIOBJ old = SelectObject(dc, gridPen_.get());
+      MoveToEx(dc, row.left, row.bottom - 1, nullptr);
+      LineTo(dc, row.right, row.bottom - 1);
+      // Header and rows scroll together: the header's edges, in the list's
+      // coordinates, are the columns' edges.
+      HWND header = list_.Header();
+      for (int c = 0, n = Header_GetItemCount(header); c < n; ++c) {
+        RECT cell{};
+        if (!Header_GetItemRect(header, c, &cell)) continue;
+        MapWindowPoints(header, list_.Handle(), reinterpret_cast<POINT*>(&cell), 2);
+        MoveToEx(dc, cell.right - 1, row.top, nullptr);
+        LineTo(dc, cell.right - 1, row.bottom);
+      }
+      SelectObject(dc, old);
+      return CDRF_DODEFAULT;
+    }
+    default:
+      return CDRF_DODEFAULT;
+  }
 }
 
 int TUninstallForm_Main::AddIcons(const IconHandle& small, const IconHandle& large) {

@@ -18,6 +18,9 @@ constexpr UINT WM_DRAIN_HANDOVERS = WM_APP + 1;
 // Main window, wParam a row: answers the row's group id (0 for no row).
 // Wine's list view keeps no groups, so tests ask the window instead.
 constexpr UINT WM_ROW_GROUP = WM_APP + 2;
+// Main window, wParam a row: answers the row's record index (-1 for no row),
+// which the list keeps with the row and shows nowhere.
+constexpr UINT WM_ROW_RECORD = WM_APP + 3;
 
 // Command ids of the keyboard shortcuts, handled by the main window.
 namespace Shortcut {
