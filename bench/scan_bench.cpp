@@ -186,18 +186,19 @@ int wmain(int argc, wchar_t** argv) {
   long rawKeys = 0;
   int found = 0;
   double raw = 1e300, scan = 1e300;
+  const varnel::TFilterManage filter;
   // Interleaved so that a slow moment of the machine hits both.
   for (int r = 0; r < rounds; ++r) {
     auto start = Clock::now();
     rawKeys = RawWalk();
     raw = std::min(raw, Ms(Clock::now() - start));
     start = Clock::now();
-    varnel::ScanDriver driver(platform);
+    varnel::ScanDriver driver(platform, filter);
     found = driver.Collect(list, 0, L"", nullptr).Count();
     scan = std::min(scan, Ms(Clock::now() - start));
   }
   if (show) {
-    varnel::ScanDriver driver(platform);
+    varnel::ScanDriver driver(platform, filter);
     auto findings = driver.Collect(list, 0, L"", nullptr);
     for (const auto& item : findings.Registry)
       std::printf("%ls | %ls\n", item.KeyPath.c_str(), item.ValueName.c_str());

@@ -34,7 +34,7 @@ bool Gone(const DeletionOutcome& o) { return o.deleted || o.atRestart; }
 }  // namespace
 
 LeftoverCleanup::LeftoverCleanup(const Platform& platform, bool remove, bool backup)
-    : platform_(platform), remove_(remove), backup_(backup), driver_(platform) {}
+    : platform_(platform), remove_(remove), backup_(backup), driver_(platform, filter_) {}
 
 Backup* LeftoverCleanup::RunBackup() {
   if (!backup_) return nullptr;

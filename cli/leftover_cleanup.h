@@ -48,6 +48,7 @@ class LeftoverCleanup {
   bool backup_;
   bool begun_ = false;
   std::unique_ptr<Backup> runBackup_;
+  TFilterManage filter_;
   ScanDriver driver_;
   CheckTree tree_;
   std::vector<ScanFindings> found_;

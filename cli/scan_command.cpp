@@ -128,6 +128,7 @@ std::string FormatScanJson(const ScanFindings& found) { return DumpJson(ScanJson
 
 int RunScan(const Platform& platform, const ScanOptions& options, std::string& out,
             std::string& err) {
+  const TFilterManage filter;
   auto scanOne = [&](const SoftList& list, const std::vector<int>* saved) {
     int index = options.target.empty() && list.size() == 1 ? 0
                 : saved ? FindProgram(list, *saved, options.target)
@@ -136,7 +137,7 @@ int RunScan(const Platform& platform, const ScanOptions& options, std::string& o
       err += "varnel-cli: no program \"" + Utf8(options.target) + "\"\n";
       return ExitCode::Failed;
     }
-    ScanDriver driver(platform);
+    ScanDriver driver(platform, filter);
     auto found = driver.Collect(list, index, L"", nullptr);
     out += options.json ? FormatScanJson(found) : FormatScanText(found);
     return ExitCode::Ok;

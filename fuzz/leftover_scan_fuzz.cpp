@@ -96,7 +96,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   list[0]->KeyPath = L"\\SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\"
                      L"{00000000-0000-4000-8000-000000000009}";
   list[0]->Is64BitView = size % 2 == 0;
-  varnel::ScanDriver driver(m.Get());
+  const varnel::TFilterManage filter;
+  varnel::ScanDriver driver(m.Get(), filter);
   driver.Collect(list, 0, L"", nullptr);
   return 0;
 }

@@ -92,19 +92,20 @@ bool IsProtectedVendorName(std::wstring_view name) {
   return false;
 }
 
-TFileterManage::TFileterManage() {
+TFilterManage::TFilterManage() {
   for (const auto& row : kBuiltInRows) Add(row.name, row.reg, row.path, row.filter);
 }
 
-void TFileterManage::Add(std::wstring name, std::wstring reg, std::wstring path,
+void TFilterManage::Add(std::wstring name, std::wstring reg, std::wstring path,
                          std::wstring filter) {
   items_.push_back(std::make_unique<TFilterData>(
       TFilterData{text::Lower(name), std::move(reg), std::move(path), std::move(filter)}));
 }
 
-bool TFileterManage::Find(std::wstring_view searchKey, std::wstring* foundName) const {
+bool TFilterManage::Find(std::wstring_view searchKey, std::wstring* foundName,
+                         const std::function<void()>& perRow) const {
   for (const auto& item : items_) {
-    if (ProcessMessages) ProcessMessages();
+    if (perRow) perRow();
     if (!item->Name.empty() && searchKey.find(item->Name) != std::wstring_view::npos) {
       if (foundName) *foundName = item->Name;
       return true;
@@ -113,7 +114,7 @@ bool TFileterManage::Find(std::wstring_view searchKey, std::wstring* foundName) 
   return false;
 }
 
-std::wstring TFileterManage::GetField(std::wstring_view entryName, std::wstring_view field,
+std::wstring TFilterManage::GetField(std::wstring_view entryName, std::wstring_view field,
                                       std::wstring_view fallback) const {
   const auto name = text::Lower(entryName);
   const auto which = text::Lower(field);
@@ -125,11 +126,6 @@ std::wstring TFileterManage::GetField(std::wstring_view entryName, std::wstring_
     break;
   }
   return std::wstring(fallback);
-}
-
-TFileterManage& FilterManager() {
-  static TFileterManage manager;
-  return manager;
 }
 
 std::wstring FilterSearchKey(const TSoftInfo& record) {

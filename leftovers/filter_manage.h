@@ -21,13 +21,17 @@ struct TFilterData {
   std::wstring Filter;  // paths inside the program's folder that must be kept
 };
 
-class TFileterManage {
+// The protection filter. Its owner (the application, a console command, a
+// test) builds one and hands it to every scan it runs.
+class TFilterManage {
  public:
   // Filled with the built-in rows.
-  TFileterManage();
+  TFilterManage();
 
-  // The first row (in table order) whose name occurs in `searchKey`.
-  bool Find(std::wstring_view searchKey, std::wstring* foundName = nullptr) const;
+  // The first row (in table order) whose name occurs in `searchKey`;
+  // `perRow` runs before each row, so a long table never freezes the window.
+  bool Find(std::wstring_view searchKey, std::wstring* foundName = nullptr,
+            const std::function<void()>& perRow = {}) const;
   // "reg", "path" or "filter" (any case) of the row named `entryName`;
   // `fallback` when there is no such row or field.
   std::wstring GetField(std::wstring_view entryName, std::wstring_view field,
@@ -37,15 +41,9 @@ class TFileterManage {
   const TFilterData& Item(int index) const { return *items_[index]; }
   void Clear() { items_.clear(); }
 
-  // Runs before each row of a Find, so a long table never freezes the window.
-  std::function<void()> ProcessMessages;
-
  private:
   std::vector<std::unique_ptr<TFilterData>> items_;
 };
-
-// The one manager every scan consults.
-TFileterManage& FilterManager();
 
 // Publisher, a blank and the display name, trimmed and lower-cased.
 std::wstring FilterSearchKey(const TSoftInfo& record);

@@ -15,11 +15,11 @@ constexpr std::size_t kMaxKeyDepth = 64;
 
 }  // namespace
 
-TRegeditScanClasses::TRegeditScanClasses(const Platform& platform, MessageStep processMessages,
-                                         TFileterManage* filter)
+TRegeditScanClasses::TRegeditScanClasses(const Platform& platform, const TFilterManage& filter,
+                                         MessageStep processMessages)
     : platform_(platform),
       processMessages_(std::move(processMessages)),
-      filter_(filter ? *filter : FilterManager()),
+      filter_(filter),
       registryResults_(&ownRegistryResults_),
       fileResults_(&ownFileResults_) {}
 
@@ -68,7 +68,7 @@ void TRegeditScanClasses::ClearResults() {
 }
 
 void TRegeditScanClasses::LookUpFilterEntry() {
-  hasFilterEntry_ = filter_.Find(FilterSearchKey(record_), &filterEntry_);
+  hasFilterEntry_ = filter_.Find(FilterSearchKey(record_), &filterEntry_, processMessages_);
   if (!hasFilterEntry_) filterEntry_.clear();
 }
 

@@ -20,11 +20,7 @@
 
 namespace varnel {
 
-namespace ScanRunState {
-constexpr std::int32_t Running = 0;
-constexpr std::int32_t StopRequested = 1;
-constexpr std::int32_t Idle = 2;
-}  // namespace ScanRunState
+enum class ScanRunState : std::int32_t { Running = 0, StopRequested = 1, Idle = 2 };
 
 // Finds what one program left behind in the registry and on disk. Lives for
 // the scan of one program; runs on the GUI thread, calling the message step
@@ -33,9 +29,9 @@ class TRegeditScanClasses {
  public:
   using MessageStep = std::function<void()>;
 
-  // `filter` defaults to the global manager.
-  explicit TRegeditScanClasses(const Platform& platform, MessageStep processMessages = {},
-                               TFileterManage* filter = nullptr);
+  // `filter` is the caller's and must outlive the scan.
+  TRegeditScanClasses(const Platform& platform, const TFilterManage& filter,
+                      MessageStep processMessages = {});
   TRegeditScanClasses(const TRegeditScanClasses&) = delete;
   TRegeditScanClasses& operator=(const TRegeditScanClasses&) = delete;
 
@@ -57,7 +53,7 @@ class TRegeditScanClasses {
   // Runs one scanner step on its own, in the run state a full scan gives it.
   void RunAlone(const std::function<void()>& step);
   void ClearResults();
-  std::int32_t RunState() const { return runState_; }
+  ScanRunState RunState() const { return runState_; }
 
   // ---- What the individual scanners share.
 
@@ -120,7 +116,7 @@ class TRegeditScanClasses {
   void AddInstallerFolder(const std::wstring& folder);
 
   // The protection filter: the row matched for this program ("" when none).
-  TFileterManage& Filter() const { return filter_; }
+  const TFilterManage& Filter() const { return filter_; }
   const std::wstring& FilterEntryName() const { return filterEntry_; }
   bool HasFilterEntry() const { return hasFilterEntry_; }
   void LookUpFilterEntry();
@@ -135,7 +131,7 @@ class TRegeditScanClasses {
 
   Platform platform_;
   MessageStep processMessages_;
-  TFileterManage& filter_;
+  const TFilterManage& filter_;
   std::array<NamedList<TRegeditItemGroup>, kScanCategoryCount> categories_;
   const ProtectedPlaces* places_ = nullptr;
   std::unique_ptr<ProtectedPlaces> ownPlaces_;
@@ -150,7 +146,7 @@ class TRegeditScanClasses {
   std::unordered_map<int, int> iconCache_;  // system icon index -> our index
   TSoftInfo record_;
   std::uintptr_t ownerWindow_ = 0;
-  std::int32_t runState_ = ScanRunState::Idle;
+  ScanRunState runState_ = ScanRunState::Idle;
   bool hasFilterEntry_ = false;
   std::wstring filterEntry_;
 };

@@ -35,9 +35,9 @@ std::wstring FormatCountPhrase(const std::wstring& phrase, int count) {
   return phrase.substr(0, at) + std::to_wstring(count) + phrase.substr(at + 2);
 }
 
-ScanDriver::ScanDriver(const Platform& platform,
-                         TRegeditScanClasses::MessageStep processMessages)
-    : platform_(platform), processMessages_(std::move(processMessages)) {}
+ScanDriver::ScanDriver(const Platform& platform, const TFilterManage& filter,
+                       TRegeditScanClasses::MessageStep processMessages)
+    : platform_(platform), filter_(filter), processMessages_(std::move(processMessages)) {}
 
 void ScanDriver::Stop() {
   stop_ = true;
@@ -65,7 +65,7 @@ ScanFindings ScanDriver::Collect(const SoftList& list, int index, const std::wst
     if (inList) scanned.push_back(index);
     ownPlaces = std::make_unique<ProtectedPlaces>(platform_, OtherProgramFolders(platform_, list, scanned));
   }
-  TRegeditScanClasses scanner(platform_, processMessages_);
+  TRegeditScanClasses scanner(platform_, filter_, processMessages_);
   scanner.SetProtectedPlaces(places_ ? places_ : ownPlaces.get());
   scanner.SetUp(&found.Registry, &found.Files, 0, found.Record, images);
   stop_ = false;

@@ -24,8 +24,9 @@ struct ScanFindings {
 // branch of the results tree.
 class ScanDriver {
  public:
-  explicit ScanDriver(const Platform& platform,
-                       TRegeditScanClasses::MessageStep processMessages = {});
+  // `filter` is the caller's and outlives the driver.
+  ScanDriver(const Platform& platform, const TFilterManage& filter,
+             TRegeditScanClasses::MessageStep processMessages = {});
 
   // The places every scan leaves alone; the caller's, outliving the scans.
   // Without them each scan reads the machine's and takes the other
@@ -60,6 +61,7 @@ class ScanDriver {
 
  private:
   Platform platform_;
+  const TFilterManage& filter_;
   TRegeditScanClasses::MessageStep processMessages_;
   const ProtectedPlaces* places_ = nullptr;
   std::vector<int> together_;

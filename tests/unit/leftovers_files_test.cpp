@@ -169,15 +169,14 @@ TEST_F(LeftoverFilesTest, InstallerCacheAndMakerPathsAreReportedOnce) {
 
 TEST_F(LeftoverFilesTest, AStopRequestEndsTheFolderWalk) {
   for (int i = 0; i < 50; ++i) w.m.files.AddFile(kFolder + L"\\f" + std::to_wstring(i), "x");
-  int steps = 0;
   std::size_t atStop = 0;
   auto& scan = w.SetUp([&] {
-    if (++steps != 10) return;
+    if (atStop || w.files.size() < 5) return;
     w.scanner->Stop();
     atStop = w.files.size();
   });
   scan.FileOnlyScan();
-  EXPECT_GT(atStop, 1u);
+  EXPECT_GT(atStop, 0u);
   EXPECT_EQ(w.files.size(), atStop);  // nothing after the stop
   EXPECT_EQ(scan.RunState(), ScanRunState::Idle);
 }

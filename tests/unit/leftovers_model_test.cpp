@@ -120,7 +120,7 @@ TEST_F(ScanModelTest, VendorScanReportsValuesAndTheProductKeyButNeverProtectedVe
 }
 
 TEST_F(ScanModelTest, FilterRowsMatchByLowerCaseSubstringAndExpandTheirMacros) {
-  TFileterManage& filter = w.filter;
+  TFilterManage& filter = w.filter;
   ASSERT_EQ(filter.Count(), 11);
   std::wstring name;
   w.record.Publisher = L"Varnel";
@@ -208,7 +208,7 @@ class ScanDriverTest : public testing::Test {
   FakeImages listImages, treeImages;
   FakeTree tree;
   int steps = 0;
-  ScanDriver driver{w.m.Get(), [this] {
+  ScanDriver driver{w.m.Get(), w.filter, [this] {
                        if (++steps == stopAt) driver.Stop();
                      }};
   int stopAt = -1;

@@ -45,7 +45,7 @@ TEST(ScanSafetyTest, AHostileEntryOfEveryKindOffersNoFileAndNoFolderFinding) {
     list.push_back(std::make_unique<TSoftInfo>(w.record));
     list[1]->Name = L"Other App";
     list[1]->InstallLocation = L"C:\\Program Files\\Other App";
-    ScanDriver driver(w.m.Get());
+    ScanDriver driver(w.m.Get(), w.filter);
     const auto found = driver.Collect(list, 0, L"", nullptr);
     EXPECT_TRUE(found.Files.empty()) << c.location << " offers " << found.Files[0].Path;
     EXPECT_TRUE(found.Registry.empty()) << c.location << " offers " << found.Registry[0].KeyPath;
@@ -88,7 +88,7 @@ TEST(ScanSafetyTest, OnlyALooseToolbarInTheProgramsOwnFolderIsPartOfIt) {
     EXPECT_EQ(others.size() == 1, c.protectedFolder) << c.program << " / " << c.toolbar;
     if (c.protectedFolder) continue;
     // The program's own folder is scanned as such.
-    ScanDriver driver(w.m.Get());
+    ScanDriver driver(w.m.Get(), w.filter);
     const auto found = driver.Collect(list, 0, L"", nullptr);
     EXPECT_FALSE(found.Files.empty()) << c.program << " / " << c.toolbar;
   }

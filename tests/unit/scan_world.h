@@ -27,7 +27,7 @@ struct ScanWorld {
   TRegeditScanClasses& SetUp(TRegeditScanClasses::MessageStep step = {}) {
     registry.clear();
     files.clear();
-    scanner = std::make_unique<TRegeditScanClasses>(m.Get(), std::move(step), &filter);
+    scanner = std::make_unique<TRegeditScanClasses>(m.Get(), filter, std::move(step));
     scanner->SetUp(&registry, &files, 0, record, nullptr);
     return *scanner;
   }
@@ -55,7 +55,7 @@ struct ScanWorld {
   }
 
   mem::MemoryPlatform m;
-  TFileterManage filter;
+  TFilterManage filter;
   TSoftInfo record;
   std::vector<TShowRegInfo> registry;
   std::vector<TFileInfo> files;

@@ -253,7 +253,7 @@ TEST(ToolbarScan, AStopInTheToolbarBranchEndsTheFolderWalk) {
   list.push_back(std::make_unique<TSoftInfo>(w.record));
   int steps = 0;
   ScanDriver* driverRef = nullptr;
-  ScanDriver driver{w.m.Get(), [&] {
+  ScanDriver driver{w.m.Get(), w.filter, [&] {
                        if (++steps == 1) driverRef->Stop();
                      }};
   driverRef = &driver;

@@ -322,7 +322,7 @@ TEST(UninstallScanTest, ScansEachListedProgramAndStopsWhenCancelled) {
   sequence.SetSoftware(&list);
   Lines jobs{L"0", L"7", L"x"};  // 7 names no program, x is no number
   sequence.SetJobs(&jobs, JobMode::Uninstall);
-  ScanDriver driver(w.m.Get());
+  ScanDriver driver(w.m.Get(), w.filter);
   CountingTree tree;
   EXPECT_EQ(sequence.Scan(driver, nullptr, tree, nullptr), 1);
   EXPECT_EQ(tree.branches, 1);
@@ -355,7 +355,7 @@ TEST(UninstallScanTest, TheProgramsOfOneBatchDoNotProtectOneAnothersFolders) {
   sequence.SetSoftware(&list);
   Lines jobs{L"0", L"1"};
   sequence.SetJobs(&jobs, JobMode::Uninstall);
-  ScanDriver driver(w.m.Get());
+  ScanDriver driver(w.m.Get(), w.filter);
   CountingTree tree;
   EXPECT_EQ(sequence.Scan(driver, nullptr, tree, nullptr), 2);
   EXPECT_NE(std::find(tree.captions.begin(), tree.captions.end(), host), tree.captions.end());

@@ -11,6 +11,7 @@
 #include "controls/handles.h"
 #include "core/registry_snapshot.h"
 #include "inventory/gui_dispatcher.h"
+#include "leftovers/filter_manage.h"
 #include "platform/platform.h"
 #include "ui/forms/private_messages.h"
 
@@ -28,6 +29,8 @@ class Application {
 
   const Platform& Machine() const { return platform_; }
   GuiDispatcher& Dispatcher() { return dispatcher_; }
+  // The protection filter every scan of the session consults.
+  const TFilterManage& Filter() const { return filter_; }
   const std::vector<std::wstring>& Args() const { return args_; }
   HICON Icon() const { return icon_; }
   // The Uninstall keys, read on a worker from the start while the windows
@@ -51,6 +54,7 @@ class Application {
   Platform platform_;
   std::vector<std::wstring> args_;
   GuiDispatcher dispatcher_;
+  TFilterManage filter_;
   HICON icon_ = nullptr;  // a shared resource icon; not destroyed
   controls::UniqueAccel shortcuts_;
   HWND main_ = nullptr;

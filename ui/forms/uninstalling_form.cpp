@@ -267,7 +267,7 @@ void TUninstalling_Form::ScanClick() {
   results_->ClearResults();
   {
     BusyScope busy(busy_);
-    ScanDriver driver(app_.Machine(), [this] { ProcessMessages(); });
+    ScanDriver driver(app_.Machine(), app_.Filter(), [this] { ProcessMessages(); });
     sequence_->Scan(driver, nullptr, *results_, results_->Images());
   }
   running_[2] = false;
