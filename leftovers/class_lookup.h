@@ -4,7 +4,8 @@
 #include <string_view>
 #include <vector>
 
-#include "leftovers/scan_classes.h"
+#include "leftovers/scan_context.h"
+#include "leftovers/scan_sink.h"
 
 // What the COM and shell scanners share.
 namespace varnel::scan {
@@ -23,7 +24,7 @@ inline std::wstring Join(std::wstring_view path, std::wstring_view name) {
 std::wstring ClassesRootMirror(std::wstring_view machinePath);
 
 // Whether `id` is one of the program's COM classes found so far.
-bool IsProgramClassId(TRegeditScanClasses& scan, std::wstring_view id);
+bool IsProgramClassId(const ScanSink& found, std::wstring_view id);
 
 // Keys of "\SOFTWARE\Classes" that are registries of their own, not file
 // classes (CLSID, Interface, ...): never walked as classes, never reported whole.

@@ -26,7 +26,7 @@ constexpr std::wstring_view kWebBrowser =
 constexpr std::wstring_view kBrowserExtensions =
     L"\\SOFTWARE\\Microsoft\\Internet Explorer\\Extensions";
 
-std::wstring SubKeyDefault(TRegeditScanClasses& scan, const std::wstring& path,
+std::wstring SubKeyDefault(const ScanContext& scan, const std::wstring& path,
                            std::wstring_view sub) {
   auto key = scan.Open(kMachine, Join(path, sub));
   return key ? ReadValueText(*key, L"") : std::wstring();
@@ -40,10 +40,10 @@ bool UsableName(std::wstring_view name) {
 }
 
 // The key under HKLM "\SOFTWARE\Classes" and its HKEY_CLASSES_ROOT mirror.
-void AddWithMirror(TRegeditScanClasses& scan, ScanCategory machine, ScanCategory mirror,
+void AddWithMirror(ScanSink& out, ScanCategory machine, ScanCategory mirror,
                    const std::wstring& name, const std::wstring& path) {
-  scan.AddKey(machine, kMachine, true, name, path);
-  scan.AddKey(mirror, RegRoot::ClassesRoot, true, name, ClassesRootMirror(path));
+  out.AddKey(machine, kMachine, true, name, path);
+  out.AddKey(mirror, RegRoot::ClassesRoot, true, name, ClassesRootMirror(path));
 }
 
 // Registry links can make a walk go round; real verbs are three levels deep.
@@ -51,7 +51,7 @@ constexpr int kMaxCommandDepth = 8;
 
 // Depth first: the key holding a key named "command" at or below `key` whose
 // default value names the install folder (the verb); empty when none.
-std::wstring CommandBelow(TRegeditScanClasses& scan, const std::wstring& path,
+std::wstring CommandBelow(const ScanContext& scan, const std::wstring& path,
                           const IRegistryKey& key, int depth = 0) {
   if (depth >= kMaxCommandDepth) return {};
   for (const auto& sub : key.SubKeyNames()) {
@@ -69,7 +69,7 @@ std::wstring CommandBelow(TRegeditScanClasses& scan, const std::wstring& path,
 enum class Tie { None, Server, Command };
 
 // With Tie::Command, `verb` is the key of the verb that names the folder.
-Tie ClassTie(TRegeditScanClasses& scan, const std::wstring& path, const IRegistryKey& key,
+Tie ClassTie(const ScanContext& scan, const std::wstring& path, const IRegistryKey& key,
              const std::vector<std::wstring>& subKeys, std::wstring& verb) {
   for (std::wstring_view server : {L"InprocServer32", L"LocalServer32"}) {
     auto name = FindName(subKeys, server);
@@ -87,16 +87,16 @@ struct BrowserKeys {
   std::unique_ptr<IRegistryKey> webBrowser;  // HKCU, values named by class
 };
 
-void ReportAttachments(TRegeditScanClasses& scan, const std::wstring& id, const std::wstring& path,
-                       const IRegistryKey& key, const std::vector<std::wstring>& subKeys,
-                       const BrowserKeys& browser) {
+void ReportAttachments(const ScanContext& scan, ScanSink& out, const std::wstring& id,
+                       const std::wstring& path, const IRegistryKey& key,
+                       const std::vector<std::wstring>& subKeys, const BrowserKeys& browser) {
   const std::wstring userPath = Join(kUserClsid, id);
   if (scan.KeyExists(kUser, userPath))
-    scan.AddKey(ScanCategory::ClsidUser, kUser, true, id, userPath);
+    out.AddKey(ScanCategory::ClsidUser, kUser, true, id, userPath);
 
   auto appId = ReadValueText(key, L"AppID");
   if (UsableName(appId))
-    AddWithMirror(scan, ScanCategory::AppIdMachine, ScanCategory::AppIdClassesRoot, appId,
+    AddWithMirror(out, ScanCategory::AppIdMachine, ScanCategory::AppIdClassesRoot, appId,
                   Join(kAppId, appId));
 
   struct Link {
@@ -113,42 +113,42 @@ void ReportAttachments(TRegeditScanClasses& scan, const std::wstring& id, const 
     if (sub.empty()) continue;
     auto name = SubKeyDefault(scan, path, sub);
     if (UsableName(name))
-      AddWithMirror(scan, link.machine, link.mirror, name, Join(link.parent, name));
+      AddWithMirror(out, link.machine, link.mirror, name, Join(link.parent, name));
   }
 
   if (browser.toolbar && browser.toolbar->ValueExists(id))
-    scan.AddValue(&scan.CategoryRoot(ScanCategory::Toolbar, L"Toolbar"), kMachine,
-                  std::wstring(kToolbar), id, ReadValueText(*browser.toolbar, id));
-  scan.AddKey(scan.CategoryRoot(ScanCategory::Extensions, L"Extensions"), kMachine, true, id,
-              Join(kBrowserExtensions, id));
-  scan.AddKey(ScanCategory::PreApproved, kMachine, true, id,
-              Join(L"\\SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Ext\\PreApproved", id));
+    out.AddValue(&out.CategoryRoot(ScanCategory::Toolbar, L"Toolbar"), kMachine,
+                 std::wstring(kToolbar), id, ReadValueText(*browser.toolbar, id));
+  out.AddKey(out.CategoryRoot(ScanCategory::Extensions, L"Extensions"), kMachine, true, id,
+             Join(kBrowserExtensions, id));
+  out.AddKey(ScanCategory::PreApproved, kMachine, true, id,
+             Join(L"\\SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Ext\\PreApproved", id));
   // The classes key in front is where these settings were looked for; kept.
-  scan.AddKey(
+  out.AddKey(
       ScanCategory::ExtSettingsMachine, kMachine, true, id,
       Join(L"\\SOFTWARE\\Classes\\SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Ext\\Settings",
            id));
-  scan.AddKey(ScanCategory::ExtSettingsUser, kUser, true, id,
-              Join(L"\\Software\\Microsoft\\Windows\\CurrentVersion\\Ext\\Settings", id));
-  scan.AddKey(ScanCategory::ExtStats, kUser, true, id,
-              Join(L"\\Software\\Microsoft\\Windows\\CurrentVersion\\Ext\\Stats", id));
+  out.AddKey(ScanCategory::ExtSettingsUser, kUser, true, id,
+             Join(L"\\Software\\Microsoft\\Windows\\CurrentVersion\\Ext\\Settings", id));
+  out.AddKey(ScanCategory::ExtStats, kUser, true, id,
+             Join(L"\\Software\\Microsoft\\Windows\\CurrentVersion\\Ext\\Stats", id));
   if (browser.webBrowser && browser.webBrowser->ValueExists(id))
-    scan.AddValue(&scan.CategoryRoot(ScanCategory::WebBrowser, L"WebBrowser"), kUser,
-                  std::wstring(kWebBrowser), id, ReadValueText(*browser.webBrowser, id));
-  scan.AddKey(
+    out.AddValue(&out.CategoryRoot(ScanCategory::WebBrowser, L"WebBrowser"), kUser,
+                 std::wstring(kWebBrowser), id, ReadValueText(*browser.webBrowser, id));
+  out.AddKey(
       ScanCategory::BrowserHelper, kMachine, true, id,
       Join(L"\\SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Explorer\\Browser Helper Objects",
            id));
 }
 
-std::vector<std::wstring> SubKeysOf(TRegeditScanClasses& scan, std::wstring_view path) {
+std::vector<std::wstring> SubKeysOf(const ScanContext& scan, std::wstring_view path) {
   auto key = scan.Open(kMachine, path);
   return key ? key->SubKeyNames() : std::vector<std::wstring>();
 }
 
 // Whether a "win32" or "win64" file of the library's registration lies in
 // the install folder ({id}\version\language\platform).
-bool TypeLibInFolder(TRegeditScanClasses& scan, const std::wstring& path) {
+bool TypeLibInFolder(const ScanContext& scan, const std::wstring& path) {
   for (const auto& version : SubKeysOf(scan, path)) {
     const auto versionPath = Join(path, version);
     for (const auto& language : SubKeysOf(scan, versionPath)) {
@@ -164,14 +164,14 @@ bool TypeLibInFolder(TRegeditScanClasses& scan, const std::wstring& path) {
 }
 
 // False when a stop was requested.
-bool TypeLibraries(TRegeditScanClasses& scan) {
-  auto& filed = scan.Category(ScanCategory::TypeLibMachine);
+bool TypeLibraries(const ScanContext& scan, ScanSink& out) {
+  auto& filed = out.Category(ScanCategory::TypeLibMachine);
   for (const auto& id : SubKeysOf(scan, kTypeLib)) {
     if (!scan.Step()) return false;
     if (filed.Contains(id)) continue;
     const auto path = Join(kTypeLib, id);
     if (TypeLibInFolder(scan, path))
-      AddWithMirror(scan, ScanCategory::TypeLibMachine, ScanCategory::TypeLibClassesRoot, id, path);
+      AddWithMirror(out, ScanCategory::TypeLibMachine, ScanCategory::TypeLibClassesRoot, id, path);
   }
   return true;
 }
@@ -182,9 +182,9 @@ std::wstring ClassesRootMirror(std::wstring_view machinePath) {
   return std::wstring(machinePath.substr(std::min(machinePath.size(), kMachineClasses.size())));
 }
 
-bool IsProgramClassId(TRegeditScanClasses& scan, std::wstring_view id) {
-  return !id.empty() && (scan.Category(ScanCategory::ClsidMachine).Contains(id) ||
-                         scan.Category(ScanCategory::ClsidUser).Contains(id));
+bool IsProgramClassId(const ScanSink& found, std::wstring_view id) {
+  return !id.empty() && (found.Category(ScanCategory::ClsidMachine).Contains(id) ||
+                         found.Category(ScanCategory::ClsidUser).Contains(id));
 }
 
 std::wstring FindName(const std::vector<std::wstring>& names, std::wstring_view name) {
@@ -217,7 +217,7 @@ bool IsSharedFileClass(std::wstring_view name) {
   return false;
 }
 
-void ComClasses(TRegeditScanClasses& scan) {
+void ComClasses(const ScanContext& scan, ScanSink& out) {
   if (scan.InstallFolder().empty()) return;
   const auto ids = SubKeysOf(scan, kClsid);
   const BrowserKeys browser{scan.Open(kMachine, kToolbar), scan.Open(kUser, kWebBrowser)};
@@ -230,20 +230,20 @@ void ComClasses(TRegeditScanClasses& scan) {
     std::wstring verb;
     const Tie tie = ClassTie(scan, path, *key, subKeys, verb);
     if (tie == Tie::Server) {
-      AddWithMirror(scan, ScanCategory::ClsidMachine, ScanCategory::ClsidClassesRoot, id, path);
-      ReportAttachments(scan, id, path, *key, subKeys, browser);
+      AddWithMirror(out, ScanCategory::ClsidMachine, ScanCategory::ClsidClassesRoot, id, path);
+      ReportAttachments(scan, out, id, path, *key, subKeys, browser);
     } else if (tie == Tie::Command) {
       // A class reached through a verb only may be anybody's (a shell
       // folder Windows ships, say): the verb is the program's, not the class,
       // and nothing that hangs on the class is followed. Filed by its path,
       // so that the class never counts as one of the program's.
-      AddWithMirror(scan, ScanCategory::ClsidMachine, ScanCategory::ClsidClassesRoot, verb, verb);
+      AddWithMirror(out, ScanCategory::ClsidMachine, ScanCategory::ClsidClassesRoot, verb, verb);
     }
   }
 }
 
-void AppIdNames(TRegeditScanClasses& scan) {
-  auto& filed = scan.Category(ScanCategory::AppIdMachine);
+void AppIdNames(const ScanContext& scan, ScanSink& out) {
+  auto& filed = out.Category(ScanCategory::AppIdMachine);
   // Only the AppIDs the classes named; names filed below must not widen the test.
   const int known = filed.Count();
   if (known == 0) return;
@@ -256,15 +256,15 @@ void AppIdNames(TRegeditScanClasses& scan) {
     if (appId.empty()) continue;
     const int at = filed.IndexOf(appId);
     if (at < 0 || at >= known) continue;
-    AddWithMirror(scan, ScanCategory::AppIdMachine, ScanCategory::AppIdClassesRoot, name, path);
+    AddWithMirror(out, ScanCategory::AppIdMachine, ScanCategory::AppIdClassesRoot, name, path);
   }
 }
 
-void Interfaces(TRegeditScanClasses& scan) {
-  if (scan.InstallFolder().empty() || !TypeLibraries(scan)) return;
-  auto& libraries = scan.Category(ScanCategory::TypeLibMachine);
-  if (libraries.Count() == 0 && scan.Category(ScanCategory::ClsidMachine).Count() == 0 &&
-      scan.Category(ScanCategory::ClsidUser).Count() == 0)
+void Interfaces(const ScanContext& scan, ScanSink& out) {
+  if (scan.InstallFolder().empty() || !TypeLibraries(scan, out)) return;
+  auto& libraries = out.Category(ScanCategory::TypeLibMachine);
+  if (libraries.Count() == 0 && out.Category(ScanCategory::ClsidMachine).Count() == 0 &&
+      out.Category(ScanCategory::ClsidUser).Count() == 0)
     return;
   for (const auto& id : SubKeysOf(scan, kInterface)) {
     if (!scan.Step()) break;
@@ -279,10 +279,10 @@ void Interfaces(TRegeditScanClasses& scan) {
       // Every library whose files lie in the folder was filed just before.
       belongs = libraries.Contains(library);
     } else if (auto proxy = FindName(subKeys, L"ProxyStubClsid32"); !proxy.empty()) {
-      belongs = IsProgramClassId(scan, SubKeyDefault(scan, path, proxy));
+      belongs = IsProgramClassId(out, SubKeyDefault(scan, path, proxy));
     }
     if (belongs)
-      AddWithMirror(scan, ScanCategory::InterfaceMachine, ScanCategory::InterfaceClassesRoot, id,
+      AddWithMirror(out, ScanCategory::InterfaceMachine, ScanCategory::InterfaceClassesRoot, id,
                     path);
   }
 }

@@ -46,9 +46,10 @@ struct Survey {
 
 class ClassReader {
  public:
-  ClassReader(TRegeditScanClasses& scan, RegRoot root) : scan_(scan), root_(root) {}
+  // Reads what `found` filed so far: the program's classes.
+  ClassReader(const ScanContext& scan, const ScanSink& found, RegRoot root)
+      : scan_(scan), found_(found), root_(root) {}
 
-  TRegeditScanClasses& Scan() { return scan_; }
   std::unique_ptr<IRegistryKey> Open(std::wstring_view path) { return scan_.Open(root_, path); }
 
   // Environment strings expanded, so that a command written with
@@ -80,20 +81,20 @@ class ClassReader {
            !scan_.KeyExists(RegRoot::CurrentUser, L"\\Software\\Classes\\CLSID\\" + handler);
   }
   bool IsProgramClass(std::wstring_view name) {
-    return !name.empty() && (scan_.Category(ScanCategory::ProgIdMachine).Contains(name) ||
-                             scan_.Category(ScanCategory::FileClassMachine).Contains(name) ||
-                             scan_.Category(ScanCategory::ExtensionUser).Contains(name));
+    return !name.empty() && (found_.Category(ScanCategory::ProgIdMachine).Contains(name) ||
+                             found_.Category(ScanCategory::FileClassMachine).Contains(name) ||
+                             found_.Category(ScanCategory::ExtensionUser).Contains(name));
   }
 
   void SurveyTree(const std::wstring& path, const IRegistryKey& key, std::wstring_view name,
                   Survey& survey, int depth = 0) {
-    if (IsProgramClassId(scan_, name)) survey.programClass = true;
+    if (IsProgramClassId(found_, name)) survey.programClass = true;
     for (const auto& valueName : key.ValueNames()) {
       auto text = Text(key, valueName);
       if (text.empty()) continue;
       survey.content = true;
       if (Refers(text)) survey.refers = true;
-      if (LooksLikeClassId(text) && IsProgramClassId(scan_, text)) survey.programClass = true;
+      if (LooksLikeClassId(text) && IsProgramClassId(found_, text)) survey.programClass = true;
     }
     if (depth >= kMaxDepth) return;
     for (const auto& sub : key.SubKeyNames()) {
@@ -130,7 +131,7 @@ class ClassReader {
     auto key = Open(typePath);
     if (!key) return;
     const auto handler = Text(*key, L"");
-    if (IsProgramClassId(scan_, type) || IsProgramClassId(scan_, handler) || Refers(handler)) {
+    if (IsProgramClassId(found_, type) || IsProgramClassId(found_, handler) || Refers(handler)) {
       verdict.ours = true;
       verdict.keys.push_back(relative);
       return;
@@ -174,7 +175,7 @@ class ClassReader {
         Handlers(subPath, sub, verdict);
       } else if (text::SameText(sub, L"CLSID") || text::SameText(sub, L"PersistentHandler")) {
         const auto id = DefaultOf(subPath);
-        if (IsProgramClassId(scan_, id)) {
+        if (IsProgramClassId(found_, id)) {
           verdict.ours = true;
           if (!extension && text::SameText(sub, L"CLSID")) verdict.owned = true;
         } else if (!id.empty()) {
@@ -229,7 +230,8 @@ class ClassReader {
     }
   }
 
-  TRegeditScanClasses& scan_;
+  const ScanContext& scan_;
+  const ScanSink& found_;
   RegRoot root_;
 };
 
@@ -241,27 +243,27 @@ struct Store {
   bool mirrored;  // HKLM keys are shown under HKEY_CLASSES_ROOT as well
 };
 
-void AddStoreKey(TRegeditScanClasses& scan, const Store& store, const std::wstring& name) {
+void AddStoreKey(ScanSink& out, const Store& store, const std::wstring& name) {
   const auto path = Join(store.base, name);
-  scan.AddKey(store.category, store.root, true, name, path);
+  out.AddKey(store.category, store.root, true, name, path);
   if (store.mirrored)
-    scan.AddKey(ScanCategory::FileClassClassesRoot, RegRoot::ClassesRoot, true, name,
-                ClassesRootMirror(path));
+    out.AddKey(ScanCategory::FileClassClassesRoot, RegRoot::ClassesRoot, true, name,
+               ClassesRootMirror(path));
 }
 
 // `name` is relative to the store's base ("Acme.Document", ".acme",
 // "Applications\acme.exe").
-void Report(TRegeditScanClasses& scan, const Store& store, const std::wstring& name,
-            const Verdict& verdict, bool shared) {
+void Report(ScanSink& out, const Store& store, const std::wstring& name, const Verdict& verdict,
+            bool shared) {
   if (!verdict.ours) return;
   if ((verdict.owned || !verdict.foreign) && !shared) {
-    AddStoreKey(scan, store, name);
+    AddStoreKey(out, store, name);
     return;
   }
-  for (const auto& key : verdict.keys) AddStoreKey(scan, store, Join(name, key));
+  for (const auto& key : verdict.keys) AddStoreKey(out, store, Join(name, key));
   for (const auto& value : verdict.values)
-    scan.AddValue(nullptr, store.root, Join(Join(store.base, name), value.key), value.name,
-                  value.data);
+    out.AddValue(nullptr, store.root, Join(Join(store.base, name), value.key), value.name,
+                 value.data);
 }
 
 struct Pending {
@@ -270,14 +272,13 @@ struct Pending {
 };
 
 // False when a stop was requested.
-bool WalkClasses(ClassReader& reader, const Store& store, const std::vector<std::wstring>& names,
-                 bool skipAllFiles) {
-  auto& scan = reader.Scan();
+bool WalkClasses(const ScanContext& scan, ScanSink& out, ClassReader& reader, const Store& store,
+                 const std::vector<std::wstring>& names, bool skipAllFiles) {
   std::vector<Pending> pending;
   auto visit = [&](const std::wstring& name, bool shared) {
     auto verdict = reader.Analyse(Join(store.base, name), false);
     if (verdict.ours)
-      Report(scan, store, name, verdict, shared);
+      Report(out, store, name, verdict, shared);
     else if (!verdict.foreign && !verdict.curVer.empty() && !shared)
       pending.push_back({name, std::move(verdict)});
   };
@@ -287,7 +288,7 @@ bool WalkClasses(ClassReader& reader, const Store& store, const std::vector<std:
     if (skipAllFiles && name == L"*") continue;
     // A ProgID of one of the program's classes is reported with the class.
     if (store.root == RegRoot::LocalMachine &&
-        scan.Category(ScanCategory::ProgIdMachine).Contains(name))
+        out.Category(ScanCategory::ProgIdMachine).Contains(name))
       continue;
     // Per-program keys one level down.
     if (text::SameText(name, L"Applications") || text::SameText(name, L"SystemFileAssociations")) {
@@ -306,25 +307,24 @@ bool WalkClasses(ClassReader& reader, const Store& store, const std::vector<std:
   for (auto& item : pending) {
     if (!reader.IsProgramClass(item.verdict.curVer)) continue;
     item.verdict.ours = item.verdict.owned = true;
-    Report(scan, store, item.name, item.verdict, false);
+    Report(out, store, item.name, item.verdict, false);
   }
   return true;
 }
 
-bool WalkExtensions(ClassReader& reader, const Store& store,
+bool WalkExtensions(const ScanContext& scan, ScanSink& out, ClassReader& reader, const Store& store,
                     const std::vector<std::wstring>& names) {
-  auto& scan = reader.Scan();
   for (const auto& name : names) {
     if (!scan.Step()) return false;
     if (!name.starts_with(L'.')) continue;
     auto verdict = reader.Analyse(Join(store.base, name), true);
-    Report(scan, store, name, verdict, false);
+    Report(out, store, name, verdict, false);
   }
   return true;
 }
 
 // The user's own COM classes, which no machine-wide step looks at.
-bool UserClassIds(TRegeditScanClasses& scan) {
+bool UserClassIds(const ScanContext& scan, ScanSink& out) {
   const std::wstring base = Join(kUserClasses, L"CLSID");
   auto list = scan.Open(RegRoot::CurrentUser, base);
   if (!list) return true;
@@ -339,7 +339,7 @@ bool UserClassIds(TRegeditScanClasses& scan) {
       if (name.empty()) continue;
       auto serverKey = scan.Open(RegRoot::CurrentUser, Join(path, name));
       if (serverKey && scan.ServerTextMatches(ReadValueText(*serverKey, L""))) {
-        scan.AddKey(ScanCategory::ClsidUser, RegRoot::CurrentUser, true, id, path);
+        out.AddKey(ScanCategory::ClsidUser, RegRoot::CurrentUser, true, id, path);
         break;
       }
     }
@@ -347,43 +347,44 @@ bool UserClassIds(TRegeditScanClasses& scan) {
   return true;
 }
 
-std::vector<std::wstring> SubKeysOf(TRegeditScanClasses& scan, RegRoot root,
-                                    std::wstring_view path) {
+std::vector<std::wstring> SubKeysOf(const ScanContext& scan, RegRoot root, std::wstring_view path) {
   auto key = scan.Open(root, path);
   return key ? key->SubKeyNames() : std::vector<std::wstring>();
 }
 
 }  // namespace
 
-void FileClasses(TRegeditScanClasses& scan) {
+void FileClasses(const ScanContext& scan, ScanSink& out) {
   if (scan.InstallFolder().empty()) return;
-  ClassReader reader(scan, RegRoot::LocalMachine);
+  ClassReader reader(scan, out, RegRoot::LocalMachine);
   const Store store{RegRoot::LocalMachine, kMachineClasses, ScanCategory::FileClassMachine, true};
-  WalkClasses(reader, store, SubKeysOf(scan, RegRoot::LocalMachine, kMachineClasses), true);
+  WalkClasses(scan, out, reader, store, SubKeysOf(scan, RegRoot::LocalMachine, kMachineClasses),
+              true);
 }
 
-void Extensions(TRegeditScanClasses& scan) {
+void Extensions(const ScanContext& scan, ScanSink& out) {
   if (scan.InstallFolder().empty()) return;
   // The user's classes first, as the user's extensions may name them.
-  if (!UserClassIds(scan)) return;
-  ClassReader user(scan, RegRoot::CurrentUser);
+  if (!UserClassIds(scan, out)) return;
+  ClassReader user(scan, out, RegRoot::CurrentUser);
   const Store userStore{RegRoot::CurrentUser, kUserClasses, ScanCategory::ExtensionUser, false};
   const auto userNames = SubKeysOf(scan, RegRoot::CurrentUser, kUserClasses);
-  if (!WalkClasses(user, userStore, userNames, false)) return;
-  if (!WalkExtensions(user, userStore, userNames)) return;
-  ClassReader machine(scan, RegRoot::LocalMachine);
+  if (!WalkClasses(scan, out, user, userStore, userNames, false)) return;
+  if (!WalkExtensions(scan, out, user, userStore, userNames)) return;
+  ClassReader machine(scan, out, RegRoot::LocalMachine);
   const Store machineStore{RegRoot::LocalMachine, kMachineClasses, ScanCategory::ExtensionMachine,
                            true};
-  WalkExtensions(machine, machineStore, SubKeysOf(scan, RegRoot::LocalMachine, kMachineClasses));
+  WalkExtensions(scan, out, machine, machineStore,
+                 SubKeysOf(scan, RegRoot::LocalMachine, kMachineClasses));
 }
 
-void AllFilesVerbs(TRegeditScanClasses& scan) {
+void AllFilesVerbs(const ScanContext& scan, ScanSink& out) {
   if (scan.InstallFolder().empty()) return;
-  ClassReader reader(scan, RegRoot::LocalMachine);
+  ClassReader reader(scan, out, RegRoot::LocalMachine);
   auto report = [&](ScanCategory category, const std::wstring& path) {
-    scan.AddKey(category, RegRoot::LocalMachine, true, path, path);
+    out.AddKey(category, RegRoot::LocalMachine, true, path, path);
     const auto mirror = ClassesRootMirror(path);
-    scan.AddKey(category, RegRoot::ClassesRoot, true, mirror, mirror);
+    out.AddKey(category, RegRoot::ClassesRoot, true, mirror, mirror);
   };
   const auto shellPath = Join(kMachineClasses, L"*\\shell");
   for (const auto& verb : SubKeysOf(scan, RegRoot::LocalMachine, shellPath)) {

@@ -52,7 +52,7 @@ enum class Next { Skip, Enter, Stop };
 // its visit, with a stack of its own so that a tree nested thousands deep
 // cannot exhaust the thread's; a stop request ends it.
 template <typename Visit>
-void WalkFolders(TRegeditScanClasses& scan, const std::wstring& base, Visit visit) {
+void WalkFolders(const ScanContext& scan, const std::wstring& base, Visit visit) {
   struct Level {
     std::wstring folder;
     std::vector<FindEntry> entries;
@@ -86,7 +86,7 @@ void WalkFolders(TRegeditScanClasses& scan, const std::wstring& base, Visit visi
 
 // One depth-first walk for several names at once: found[i] is the first
 // folder named names[i], as a walk for that name alone would find it.
-void FindFolders(TRegeditScanClasses& scan, const std::wstring& base,
+void FindFolders(const ScanContext& scan, const std::wstring& base,
                  const std::vector<std::wstring>& names, std::vector<std::wstring>& found,
                  std::size_t& missing) {
   WalkFolders(scan, base, [&](const FindEntry& entry, const std::wstring& path) {
@@ -102,7 +102,7 @@ void FindFolders(TRegeditScanClasses& scan, const std::wstring& base,
   });
 }
 
-std::vector<std::wstring> FindFolders(TRegeditScanClasses& scan, const std::wstring& base,
+std::vector<std::wstring> FindFolders(const ScanContext& scan, const std::wstring& base,
                                       const std::vector<std::wstring>& names) {
   std::vector<std::wstring> found(names.size());
   std::size_t missing = 0;
@@ -114,33 +114,35 @@ std::vector<std::wstring> FindFolders(TRegeditScanClasses& scan, const std::wstr
 
 // The first folder below `base`, at any depth, whose whole name is `name`
 // (any case); empty when there is none. A stop request ends the search.
-std::wstring FindFolder(TRegeditScanClasses& scan, const std::wstring& base,
-                        std::wstring_view name) {
+std::wstring FindFolder(const ScanContext& scan, const std::wstring& base, std::wstring_view name) {
   return FindFolders(scan, base, {text::Lower(name)})[0];
 }
 
 // Reports every folder and file below `folder` that is not handled and puts
 // it on the list; a handled folder is not entered, nor is a junction.
-void AddFolderTree(TRegeditScanClasses& scan, const std::wstring& folder, HandledPaths& handled) {
+void AddFolderTree(const ScanContext& scan, ScanSink& out, const std::wstring& folder,
+                   HandledPaths& handled) {
   WalkFolders(scan, folder, [&](const FindEntry& entry, const std::wstring& path) {
     if (!handled.insert(KeyOf(path)).second) return Next::Skip;
     if (!IsFolder(entry)) {
-      scan.AddFile(path, static_cast<std::uint32_t>(entry.size & 0xFFFFFFFFu),
-                   static_cast<std::uint32_t>(entry.size >> 32), FileKind::File);
+      out.AddFile(path, static_cast<std::uint32_t>(entry.size & 0xFFFFFFFFu),
+                  static_cast<std::uint32_t>(entry.size >> 32), FileKind::File);
       return Next::Skip;
     }
-    scan.AddFile(path, 0, 0, FileKind::Folder);
+    out.AddFile(path, 0, 0, FileKind::Folder);
     return IsJunction(entry) ? Next::Skip : Next::Enter;
   });
 }
 
 class FileScan {
  public:
-  FileScan(TRegeditScanClasses& scan, const std::wstring& productCode)
+  FileScan(const ScanContext& scan, ScanSink& out, const InstallerFindings& installer)
       : scan_(scan),
+        out_(out),
         files_(scan.Machine().files),
         system_(scan.Machine().system),
-        productCode_(productCode),
+        installer_(installer),
+        productCode_(installer.ProductCode),
         name_(Given(scan.Record().Name)),
         publisher_(Given(scan.Record().Publisher)) {}
 
@@ -168,7 +170,7 @@ class FileScan {
  private:
   void Report(const std::wstring& path, std::uint32_t kind) {
     handled_.insert(KeyOf(path));
-    scan_.AddFile(path, 0, 0, kind);
+    out_.AddFile(path, 0, 0, kind);
   }
 
   // Whether a folder found by name or named by a record may be offered at
@@ -189,7 +191,7 @@ class FileScan {
     Report(folder, FileKind::Folder);
     const auto attributes = files_.GetAttributes(folder);
     if (attributes && !(*attributes & FileAttr::ReparsePoint))
-      AddFolderTree(scan_, folder, handled_);
+      AddFolderTree(scan_, out_, folder, handled_);
   }
 
   // A folder the uninstaller already removed is no leftover, so only an
@@ -210,11 +212,11 @@ class FileScan {
     }
     if (!files_.DirectoryExists(folder)) return;
     if (keptPaths.empty()) Report(folder, FileKind::Folder);
-    AddFolderTree(scan_, folder, handled_);
+    AddFolderTree(scan_, out_, folder, handled_);
   }
 
   void InstallerFolders() {
-    for (const auto& folder : scan_.InstallerFolders) {
+    for (const auto& folder : installer_.Folders) {
       if (!scan_.Step()) return;
       ReportTree(text::ExcludeTrailingBackslash(folder));
     }
@@ -282,10 +284,12 @@ class FileScan {
     }
   }
 
-  TRegeditScanClasses& scan_;
+  const ScanContext& scan_;
+  ScanSink& out_;
   IFileSystem& files_;
   ISystem& system_;
-  const std::wstring productCode_;
+  const InstallerFindings& installer_;
+  const std::wstring& productCode_;
   const std::wstring name_;
   const std::wstring publisher_;
   HandledPaths handled_;
@@ -293,8 +297,8 @@ class FileScan {
 
 }  // namespace
 
-void Files(TRegeditScanClasses& scan, const std::wstring& productCode) {
-  FileScan(scan, productCode).Run();
+void Files(const ScanContext& scan, ScanSink& out, const InstallerFindings& installer) {
+  FileScan(scan, out, installer).Run();
 }
 
 }  // namespace varnel::scan

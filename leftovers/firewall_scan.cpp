@@ -20,10 +20,10 @@ constexpr const wchar_t* kLists[] = {
 }  // namespace
 
 // Rules are values of shared keys: only the values go, never the keys.
-void Firewall(TRegeditScanClasses& scan) {
+void Firewall(const ScanContext& scan, ScanSink& out) {
   for (const wchar_t* list : kLists) {
     if (!scan.Running()) return;
-    auto& root = scan.CategoryRoot(ScanCategory::Firewall, list);
+    auto& root = out.CategoryRoot(ScanCategory::Firewall, list);
     const std::wstring path = std::wstring(kPolicy) + list;
     auto key = scan.Open(RegRoot::LocalMachine, path);
     if (!key) continue;
@@ -31,7 +31,7 @@ void Firewall(TRegeditScanClasses& scan) {
       if (!scan.Step()) return;
       auto data = ReadValueText(*key, name);
       if (scan.TextHasInstallFolder(data))
-        scan.AddValue(&root, RegRoot::LocalMachine, path, name, data);
+        out.AddValue(&root, RegRoot::LocalMachine, path, name, data);
     }
   }
 }

@@ -18,24 +18,24 @@ constexpr wchar_t kInstaller[] = L"\\SOFTWARE\\Microsoft\\Windows\\CurrentVersio
 
 // The Installer keys of one product are named alike under several roots, so
 // they are filed under their full location.
-TRegeditItemGroup* AddWholeKey(TRegeditScanClasses& scan, ScanCategory category, RegRoot root,
+TRegeditItemGroup* AddWholeKey(ScanSink& out, ScanCategory category, RegRoot root,
                                const std::wstring& path) {
-  return scan.AddKey(category, root, true, RootKeyName(root) + path, path);
+  return out.AddKey(category, root, true, RootKeyName(root) + path, path);
 }
 
 // A value that is its key's only value takes the key with it, so no empty
 // key is left behind; otherwise only the value goes.
-void AddValueOrKey(TRegeditScanClasses& scan, ScanCategory category, RegRoot root,
-                   const std::wstring& path, const IRegistryKey& key, std::size_t valueCount,
-                   const std::wstring& name, const std::wstring& data) {
+void AddValueOrKey(ScanSink& out, ScanCategory category, RegRoot root, const std::wstring& path,
+                   const IRegistryKey& key, std::size_t valueCount, const std::wstring& name,
+                   const std::wstring& data) {
   if (valueCount == 1 && key.SubKeyNames().empty())
-    AddWholeKey(scan, category, root, path);
+    AddWholeKey(out, category, root, path);
   else
-    scan.AddValue(nullptr, root, path, name, data);
+    out.AddValue(nullptr, root, path, name, data);
 }
 
 // Upgrade-code keys list the products of one upgrade family as value names.
-void UpgradeCodes(TRegeditScanClasses& scan, RegRoot root, const std::wstring& path,
+void UpgradeCodes(const ScanContext& scan, ScanSink& out, RegRoot root, const std::wstring& path,
                   const std::wstring& packed) {
   auto list = scan.Open(root, path);
   if (!list) return;
@@ -44,7 +44,7 @@ void UpgradeCodes(TRegeditScanClasses& scan, RegRoot root, const std::wstring& p
     const auto codePath = path + L"\\" + code;
     auto key = scan.Open(root, codePath);
     if (!key || !key->ValueExists(packed)) continue;
-    AddValueOrKey(scan, ScanCategory::InstallerUpgradeCodes, root, codePath, *key,
+    AddValueOrKey(out, ScanCategory::InstallerUpgradeCodes, root, codePath, *key,
                   key->ValueNames().size(), packed, ReadValueText(*key, packed));
   }
 }
@@ -52,7 +52,8 @@ void UpgradeCodes(TRegeditScanClasses& scan, RegRoot root, const std::wstring& p
 // Component keys name, per product, the key path of the component. One that
 // names a file in the install folder is the program's; so is one that no
 // other product shares, whatever it names (a registry component, say).
-void Components(TRegeditScanClasses& scan, const std::wstring& path, const std::wstring& packed) {
+void Components(const ScanContext& scan, ScanSink& out, const std::wstring& path,
+                const std::wstring& packed) {
   auto list = scan.Open(HKLM, path);
   if (!list) return;
   for (const auto& component : list->SubKeyNames()) {
@@ -65,89 +66,97 @@ void Components(TRegeditScanClasses& scan, const std::wstring& path, const std::
     const auto data = RegValueText(*value);
     const auto valueCount = key->ValueNames().size();
     if (valueCount != 1 && !scan.TextHasInstallFolder(data)) continue;
-    AddValueOrKey(scan, ScanCategory::InstallerUserData, HKLM, componentPath, *key, valueCount,
+    AddValueOrKey(out, ScanCategory::InstallerUserData, HKLM, componentPath, *key, valueCount,
                   packed, data);
   }
 }
 
-void UserData(TRegeditScanClasses& scan, const std::wstring& packed) {
+void UserData(const ScanContext& scan, ScanSink& out, const std::wstring& packed) {
   const std::wstring userData = std::wstring(kInstaller) + L"\\UserData";
   auto sids = scan.Open(HKLM, userData);
   if (!sids) return;
   for (const auto& sid : sids->SubKeyNames()) {
     if (!scan.Step()) return;
     const auto sidPath = userData + L"\\" + sid;
-    AddWholeKey(scan, ScanCategory::InstallerUserData, HKLM, sidPath + L"\\Products\\" + packed);
-    Components(scan, sidPath + L"\\Components", packed);
+    AddWholeKey(out, ScanCategory::InstallerUserData, HKLM, sidPath + L"\\Products\\" + packed);
+    Components(scan, out, sidPath + L"\\Components", packed);
   }
 }
 
 // Folders the Installer made for the product: those in the install folder,
 // and its own cache folder named by the product code. Compared resolved, so
 // a spelling with ".." or "\\?\" cannot climb out of either.
-bool IsProductFolder(const TRegeditScanClasses& scan, const std::wstring& folder) {
+bool IsProductFolder(const ScanContext& scan, const std::wstring& productCode,
+                     const std::wstring& folder) {
   const auto resolved = ResolvePath(scan.Machine(), folder);
   if (resolved.empty()) return false;
   const auto& install = scan.InstallFolderAsWritten();
   if (!install.empty() && PathIsOrIsBelow(resolved, install)) return true;
-  return !scan.ProductCode.empty() && text::ContainsText(resolved, scan.ProductCode);
+  return !productCode.empty() && text::ContainsText(resolved, productCode);
 }
 
 // Only a folder a deletion could take is handed to the file scan.
-void CollectFolder(TRegeditScanClasses& scan, const std::wstring& folder) {
+void CollectFolder(const ScanContext& scan, InstallerFindings& found, const std::wstring& folder) {
   const auto resolved = ResolvePath(scan.Machine(), folder);
   if (resolved.empty() || !scan.Machine().files.DirectoryExists(resolved)) return;
-  if (scan.Places().CheckDeletion(resolved, scan.ProductCode) != Refusal::None) return;
-  scan.AddInstallerFolder(text::IncludeTrailingBackslash(resolved));
+  if (scan.Places().CheckDeletion(resolved, found.ProductCode) != Refusal::None) return;
+  auto lower = text::Lower(text::IncludeTrailingBackslash(resolved));
+  for (const auto& known : found.Folders)
+    if (known == lower) return;
+  found.Folders.push_back(std::move(lower));
 }
 
-void Folders(TRegeditScanClasses& scan) {
+void Folders(const ScanContext& scan, ScanSink& out, InstallerFindings& found) {
   const std::wstring path = std::wstring(kInstaller) + L"\\Folders";
   auto key = scan.Open(HKLM, path);
   if (!key) return;
   for (const auto& folder : key->ValueNames()) {
     if (!scan.Step()) return;
-    if (!IsProductFolder(scan, folder)) continue;
-    scan.AddValue(nullptr, HKLM, path, folder, ReadValueText(*key, folder));
-    CollectFolder(scan, folder);
+    if (!IsProductFolder(scan, found.ProductCode, folder)) continue;
+    out.AddValue(nullptr, HKLM, path, folder, ReadValueText(*key, folder));
+    CollectFolder(scan, found, folder);
   }
 }
 
 // The product's icons live in a cache folder named by the product code; it
 // is recorded nowhere else when the Installer keeps no "Folders" list.
-void IconFolder(TRegeditScanClasses& scan, RegRoot root, const std::wstring& productPath) {
+void IconFolder(const ScanContext& scan, InstallerFindings& found, RegRoot root,
+                const std::wstring& productPath) {
   auto key = scan.Open(root, productPath);
   if (!key) return;
   auto folder = ResolvePath(scan.Machine(),
                             text::ExtractFilePath(text::Trim(ReadValueText(*key, L"ProductIcon"))));
-  if (!folder.empty() && text::ContainsText(folder, scan.ProductCode)) CollectFolder(scan, folder);
+  if (!folder.empty() && text::ContainsText(folder, found.ProductCode))
+    CollectFolder(scan, found, folder);
 }
 
 }  // namespace
 
-void Installer(TRegeditScanClasses& scan) {
+InstallerFindings Installer(const ScanContext& scan, ScanSink& out) {
+  InstallerFindings found;
   const auto code = MsiProductCode(scan.Record());
   const auto packed = MsiProductCodeToPackedGuid(code);
-  if (packed.empty()) return;
-  scan.ProductCode = code;
+  if (packed.empty()) return found;
+  found.ProductCode = code;
 
   struct Place {
     RegRoot root;
     const wchar_t* base;
   };
   for (const Place place : {Place{HKLM, kMachineClasses}, Place{HKCU, kUserInstaller}}) {
-    if (!scan.Step()) return;
+    if (!scan.Step()) return found;
     const auto product = std::wstring(place.base) + L"\\Products\\" + packed;
-    if (AddWholeKey(scan, ScanCategory::InstallerProducts, place.root, product))
-      IconFolder(scan, place.root, product);
-    AddWholeKey(scan, ScanCategory::InstallerFeatures, place.root,
+    if (AddWholeKey(out, ScanCategory::InstallerProducts, place.root, product))
+      IconFolder(scan, found, place.root, product);
+    AddWholeKey(out, ScanCategory::InstallerFeatures, place.root,
                 std::wstring(place.base) + L"\\Features\\" + packed);
-    UpgradeCodes(scan, place.root, std::wstring(place.base) + L"\\UpgradeCodes", packed);
+    UpgradeCodes(scan, out, place.root, std::wstring(place.base) + L"\\UpgradeCodes", packed);
   }
-  if (!scan.Running()) return;
-  UpgradeCodes(scan, HKLM, std::wstring(kInstaller) + L"\\UpgradeCodes", packed);
-  if (scan.Running()) UserData(scan, packed);
-  if (scan.Running()) Folders(scan);
+  if (!scan.Running()) return found;
+  UpgradeCodes(scan, out, HKLM, std::wstring(kInstaller) + L"\\UpgradeCodes", packed);
+  if (scan.Running()) UserData(scan, out, packed);
+  if (scan.Running()) Folders(scan, out, found);
+  return found;
 }
 
 }  // namespace varnel::scan

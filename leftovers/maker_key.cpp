@@ -10,8 +10,8 @@ constexpr std::wstring_view kMakerKey = L"\\software\\varnel\\";
 
 }  // namespace
 
-void MakerKey(TRegeditScanClasses& scan) {
-  auto& root = scan.CategoryRoot(ScanCategory::VarnelProgram, L"VarnelProgram");
+void MakerKey(const ScanContext& scan, ScanSink& out) {
+  auto& root = out.CategoryRoot(ScanCategory::VarnelProgram, L"VarnelProgram");
   std::wstring entry;
   if (!scan.Filter().Find(FilterSearchKey(scan.Record()), &entry)) return;
   const auto reg = scan.Filter().GetField(entry, L"reg");
@@ -35,7 +35,7 @@ void MakerKey(TRegeditScanClasses& scan) {
           path = L"\\SOFTWARE\\Varnel";
       }
     }
-    scan.AddKey(root, rootKey, true, RootKeyName(rootKey) + path, path);
+    out.AddKey(root, rootKey, true, RootKeyName(rootKey) + path, path);
   }
 }
 

@@ -12,14 +12,14 @@ constexpr RegRoot HKLM = RegRoot::LocalMachine;
 constexpr wchar_t kServices[] = L"\\SYSTEM\\CurrentControlSet\\services";
 constexpr wchar_t kDeviceEnum[] = L"\\SYSTEM\\CurrentControlSet\\Enum\\";
 
-bool SomeValueHasFolder(const TRegeditScanClasses& scan, const IRegistryKey& key) {
+bool SomeValueHasFolder(const ScanContext& scan, const IRegistryKey& key) {
   for (const auto& name : key.ValueNames())
     if (scan.TextHasInstallFolder(ReadValueText(key, name))) return true;
   return false;
 }
 
 // A shared-host service names its DLL under "Parameters", not in ImagePath.
-bool ServiceBelongs(TRegeditScanClasses& scan, const IRegistryKey& key, const std::wstring& path) {
+bool ServiceBelongs(const ScanContext& scan, const IRegistryKey& key, const std::wstring& path) {
   if (SomeValueHasFolder(scan, key)) return true;
   auto parameters = scan.Open(HKLM, path + L"\\Parameters");
   return parameters && SomeValueHasFolder(scan, *parameters);
@@ -42,7 +42,7 @@ bool IsDeviceInstance(std::wstring_view instance) {
   return parts >= 2;
 }
 
-void DeviceInstances(TRegeditScanClasses& scan, const std::wstring& servicePath) {
+void DeviceInstances(const ScanContext& scan, ScanSink& out, const std::wstring& servicePath) {
   auto key = scan.Open(HKLM, servicePath + L"\\Enum");
   if (!key) return;
   const auto countText = ReadValueText(*key, L"Count");
@@ -56,13 +56,13 @@ void DeviceInstances(TRegeditScanClasses& scan, const std::wstring& servicePath)
     if (!scan.Step()) return;
     const auto instance = ReadValueText(*key, std::to_wstring(i));
     if (!IsDeviceInstance(instance)) continue;
-    scan.AddKey(ScanCategory::DeviceEnum, HKLM, true, instance, kDeviceEnum + instance);
+    out.AddKey(ScanCategory::DeviceEnum, HKLM, true, instance, kDeviceEnum + instance);
   }
 }
 
 // Each source key of one event log whose values name the install folder.
-void EventLogSources(TRegeditScanClasses& scan, const wchar_t* log) {
-  auto& root = scan.CategoryRoot(ScanCategory::EventLog, log);
+void EventLogSources(const ScanContext& scan, ScanSink& out, const wchar_t* log) {
+  auto& root = out.CategoryRoot(ScanCategory::EventLog, log);
   const std::wstring path = std::wstring(kServices) + L"\\eventlog\\" + log;
   auto list = scan.Open(HKLM, path);
   if (!list) return;
@@ -70,13 +70,13 @@ void EventLogSources(TRegeditScanClasses& scan, const wchar_t* log) {
     if (!scan.Step()) return;
     const auto sourcePath = path + L"\\" + source;
     auto key = scan.Open(HKLM, sourcePath);
-    if (key && SomeValueHasFolder(scan, *key)) scan.AddKey(root, HKLM, true, source, sourcePath);
+    if (key && SomeValueHasFolder(scan, *key)) out.AddKey(root, HKLM, true, source, sourcePath);
   }
 }
 
 }  // namespace
 
-void Services(TRegeditScanClasses& scan) {
+void Services(const ScanContext& scan, ScanSink& out) {
   auto list = scan.Open(HKLM, kServices);
   if (!list) return;
   for (const auto& service : list->SubKeyNames()) {
@@ -84,14 +84,14 @@ void Services(TRegeditScanClasses& scan) {
     const auto path = std::wstring(kServices) + L"\\" + service;
     auto key = scan.Open(HKLM, path);
     if (!key || !ServiceBelongs(scan, *key, path)) continue;
-    scan.AddKey(ScanCategory::Services, HKLM, true, service, path);
-    DeviceInstances(scan, path);
+    out.AddKey(ScanCategory::Services, HKLM, true, service, path);
+    DeviceInstances(scan, out, path);
   }
 }
 
-void EventLog(TRegeditScanClasses& scan) {
-  EventLogSources(scan, L"Application");
-  if (scan.Running()) EventLogSources(scan, L"System");
+void EventLog(const ScanContext& scan, ScanSink& out) {
+  EventLogSources(scan, out, L"Application");
+  if (scan.Running()) EventLogSources(scan, out, L"System");
 }
 
 }  // namespace varnel::scan

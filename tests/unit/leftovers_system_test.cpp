@@ -7,7 +7,10 @@
 namespace varnel {
 namespace {
 
+using testing_scan::ExpectReported;
+using testing_scan::Key;
 using testing_scan::ScanWorld;
+using testing_scan::Value;
 constexpr RegRoot HKLM = RegRoot::LocalMachine;
 constexpr RegRoot HKCU = RegRoot::CurrentUser;
 
@@ -19,13 +22,6 @@ const std::wstring kMsi = L"\\SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Inst
 const std::wstring kPolicy =
     L"\\SYSTEM\\CurrentControlSet\\services\\SharedAccess\\Parameters\\FirewallPolicy\\";
 
-std::wstring Key(RegRoot root, const std::wstring& path) {
-  return FormatRegistryLocation(root, path, L"", L"");
-}
-std::wstring Value(RegRoot root, const std::wstring& path, const std::wstring& name,
-                   const std::wstring& data) {
-  return FormatRegistryLocation(root, path, name, data);
-}
 
 // Paths may be reported in any case; the same path twice is a fault whatever the case.
 int CountNoCase(const std::vector<std::wstring>& all, const std::wstring& caption) {
@@ -60,6 +56,11 @@ class LeftoverSystemTest : public testing::Test {
           L"DisplayName", L"Acme Writer");
     w.m.files.AddFile(L"C:\\Windows\\Installer\\" + std::wstring(kCode) + L"\\writer.ico", "ico");
   }
+  scan::InstallerFindings Installer() {
+    scan::InstallerFindings found;
+    w.Run([&](const ScanContext& scan, ScanSink& out) { found = scan::Installer(scan, out); });
+    return found;
+  }
   ScanWorld w;
 };
 
@@ -69,8 +70,8 @@ TEST_F(LeftoverSystemTest, InstallerRecordsAreFoundWithoutAnInstallFolder) {
   w.Set(HKLM, component, kPacked, kFolder + L"\\writer.exe");
   w.Set(HKLM, component, L"00000000000000000000000000000001", kFolder + L"\\writer.exe");
   w.record.InstallLocation.clear();
+  EXPECT_EQ(Installer().ProductCode, kCode);
   auto all = w.Full();
-  EXPECT_EQ(w.scanner->ProductCode, kCode);
   const std::wstring products = L"\\SOFTWARE\\Classes\\Installer\\Products\\" + kPacked;
   EXPECT_TRUE(ScanWorld::Has(all, Key(HKLM, products)));
   EXPECT_TRUE(ScanWorld::Has(all, Key(HKLM, L"\\SOFTWARE\\Classes\\Installer\\Features\\" +
@@ -84,19 +85,20 @@ TEST_F(LeftoverSystemTest, InstallerRecordsAreFoundWithoutAnInstallFolder) {
       ScanWorld::Has(all, Key(HKLM, kMsi + L"\\UpgradeCodes\\C362941A5CF163B4995F3CEAC4155A9A")));
   const std::wstring shared =
       L"\\SOFTWARE\\Classes\\Installer\\UpgradeCodes\\11111111111111111111111111111111";
-  EXPECT_FALSE(ScanWorld::Has(all, Key(HKLM, shared)));
-  EXPECT_TRUE(ScanWorld::Has(all, Value(HKLM, shared, kPacked, L"")));
-  // A shared component is tied to the program by its folder only.
-  EXPECT_FALSE(ScanWorld::Has(all, Value(HKLM, component, kPacked, kFolder + L"\\writer.exe")));
+  ExpectReported(all, {
+      {Key(HKLM, shared), false},
+      {Value(HKLM, shared, kPacked, L""), true},
+      // A shared component is tied to the program by its folder only.
+      {Value(HKLM, component, kPacked, kFolder + L"\\writer.exe"), false},
+  });
   // The icon cache folder named by the product code goes to the file scan.
-  EXPECT_EQ(w.scanner->InstallerFolders,
-            std::vector<std::wstring>{L"c:\\windows\\installer\\" + text::Lower(kCode) + L"\\"});
+  EXPECT_EQ(Installer().Folders, std::vector<std::wstring>{L"c:\\windows\\installer\\" + text::Lower(kCode) + L"\\"});
   EXPECT_EQ(CountNoCase(all, L"C:\\Windows\\Installer\\" + std::wstring(kCode)), 1);
 
   // Anything but a product-code key name means no Installer records at all.
   w.record.KeyPath = L"\\SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\AcmeWriter";
+  EXPECT_TRUE(Installer().ProductCode.empty());
   all = w.Full();
-  EXPECT_TRUE(w.scanner->ProductCode.empty());
   EXPECT_FALSE(ScanWorld::Has(all, Key(HKLM, products)));
 }
 
@@ -116,19 +118,22 @@ TEST_F(LeftoverSystemTest, ComponentsAndFoldersAreMatchedByTheInstallFolder) {
   w.Set(HKLM, folders, kFolder + L"\\Gone\\", L"");
   w.Set(HKLM, folders, L"C:\\Program Files\\Acme\\", L"");
   auto all = w.Full();
-  EXPECT_TRUE(ScanWorld::Has(all, Key(HKLM, components + L"OWN")));
-  EXPECT_FALSE(ScanWorld::Has(all, Key(HKLM, components + L"SHARED")));
-  EXPECT_TRUE(ScanWorld::Has(all, Value(HKLM, components + L"SHARED", kPacked,
-                                        kFolder + L"\\common.dll")));
-  EXPECT_TRUE(ScanWorld::Has(all, Key(HKLM, components + L"REGISTRY")));
-  EXPECT_FALSE(ScanWorld::Has(all, Key(HKLM, components + L"ELSEWHERE")));
+  ExpectReported(all, {
+      {Key(HKLM, components + L"OWN"), true},
+      {Key(HKLM, components + L"SHARED"), false},
+      {Value(HKLM, components + L"SHARED", kPacked, kFolder + L"\\common.dll"), true},
+      {Key(HKLM, components + L"REGISTRY"), true},
+      {Key(HKLM, components + L"ELSEWHERE"), false},
+  });
   EXPECT_FALSE(ScanWorld::Has(all, Value(HKLM, components + L"ELSEWHERE", kPacked,
                                          L"C:\\Program Files\\Acme\\Writer2\\x.exe")));
-  EXPECT_TRUE(ScanWorld::Has(all, Value(HKLM, folders, kFolder + L"\\Templates\\", L"")));
-  EXPECT_TRUE(ScanWorld::Has(all, Value(HKLM, folders, kFolder + L"\\Gone\\", L"")));
-  EXPECT_FALSE(ScanWorld::Has(all, Value(HKLM, folders, L"C:\\Program Files\\Acme\\", L"")));
+  ExpectReported(all, {
+      {Value(HKLM, folders, kFolder + L"\\Templates\\", L""), true},
+      {Value(HKLM, folders, kFolder + L"\\Gone\\", L""), true},
+      {Value(HKLM, folders, L"C:\\Program Files\\Acme\\", L""), false},
+  });
   // Only existing folders are handed on; each is reported once on disk.
-  EXPECT_EQ(w.scanner->InstallerFolders.size(), 2u);
+  EXPECT_EQ(Installer().Folders.size(), 2u);
   EXPECT_EQ(CountNoCase(all, kFolder + L"\\Templates"), 1);
   EXPECT_EQ(CountNoCase(all, kFolder + L"\\writer.exe"), 1);
 }
@@ -171,8 +176,8 @@ TEST_F(LeftoverSystemTest, ServicesGoWholeWithTheirDeviceInstances) {
   EXPECT_FALSE(ScanWorld::Has(all, Key(HKLM, kServices + L"Other")));
   EXPECT_FALSE(ScanWorld::Has(
       all, Key(HKLM, L"\\SYSTEM\\CurrentControlSet\\Enum\\Root\\LEGACY_OTHER\\0000")));
-  EXPECT_EQ(w.scanner->Category(ScanCategory::Services).Count(), 3);
-  EXPECT_TRUE(w.scanner->Category(ScanCategory::Services).Contains(L"writersvc"));
+  EXPECT_EQ(w.scanner->Sink().Category(ScanCategory::Services).Count(), 3);
+  EXPECT_TRUE(w.scanner->Sink().Category(ScanCategory::Services).Contains(L"writersvc"));
 }
 
 TEST_F(LeftoverSystemTest, FirewallRulesAreValuesAndEventSourcesWholeKeys) {
@@ -198,36 +203,24 @@ TEST_F(LeftoverSystemTest, FirewallRulesAreValuesAndEventSourcesWholeKeys) {
   w.Set(HKLM, eventlog + L"Application\\Other", L"EventMessageFile", L"C:\\Other\\o.dll");
 
   auto all = w.Full();
-  EXPECT_TRUE(ScanWorld::Has(all, Value(HKLM, rules, L"{R1}", rule)));
-  EXPECT_FALSE(ScanWorld::Has(all, Value(HKLM, rules, L"{R2}",
-                                         L"v2.10|Action=Allow|App=C:\\Other\\o.exe|")));
-  EXPECT_TRUE(ScanWorld::Has(all, Value(HKLM, configurable, L"W1", rule)));
-  EXPECT_TRUE(ScanWorld::Has(all, Value(HKLM, fixed, L"W1", rule)));
-  EXPECT_TRUE(ScanWorld::Has(all, Value(HKLM, apps, app, app + L":*:Enabled:Acme Writer")));
+  ExpectReported(all, {
+      {Value(HKLM, rules, L"{R1}", rule), true},
+      {Value(HKLM, rules, L"{R2}", L"v2.10|Action=Allow|App=C:\\Other\\o.exe|"), false},
+      {Value(HKLM, configurable, L"W1", rule), true},
+      {Value(HKLM, fixed, L"W1", rule), true},
+      {Value(HKLM, apps, app, app + L":*:Enabled:Acme Writer"), true},
+  });
   for (const auto& key : {rules, configurable, fixed, apps})
     EXPECT_FALSE(ScanWorld::Has(all, Key(HKLM, key))) << key;
 
   EXPECT_TRUE(ScanWorld::Has(all, Key(HKLM, eventlog + L"Application\\Acme Writer")));
   EXPECT_TRUE(ScanWorld::Has(
       all, Value(HKLM, eventlog + L"Application\\Acme Writer", L"TypesSupported", L"7")));
-  EXPECT_TRUE(ScanWorld::Has(all, Key(HKLM, eventlog + L"System\\WriterSvc")));
-  EXPECT_FALSE(ScanWorld::Has(all, Key(HKLM, eventlog + L"Application\\Other")));
-  EXPECT_FALSE(ScanWorld::Has(all, Key(HKLM, eventlog + L"Application")));
-}
-
-TEST_F(LeftoverSystemTest, AStopRequestEndsTheServiceWalkAtItsNextItem) {
-  for (int i = 0; i < 40; ++i)
-    w.Set(HKLM, kServices + L"Svc" + std::to_wstring(100 + i), L"ImagePath",
-          kFolder + L"\\svc" + std::to_wstring(i) + L".exe");
-  auto& scan = w.SetUp([&] {
-    if (w.scanner->Category(ScanCategory::Services).Count() == 4) w.scanner->Stop();
+  ExpectReported(all, {
+      {Key(HKLM, eventlog + L"System\\WriterSvc"), true},
+      {Key(HKLM, eventlog + L"Application\\Other"), false},
+      {Key(HKLM, eventlog + L"Application"), false},
   });
-  scan.FullScan();
-  EXPECT_EQ(scan.Category(ScanCategory::Services).Count(), 4);
-  EXPECT_TRUE(w.files.empty());  // no later step ran
-  EXPECT_EQ(scan.RunState(), ScanRunState::Idle);
-  w.Full();
-  EXPECT_EQ(w.scanner->Category(ScanCategory::Services).Count(), 40);
 }
 
 }  // namespace

@@ -1,14 +1,27 @@
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <algorithm>
 #include <string>
+#include <utility>
 #include <vector>
 
+#include "base/text.h"
 #include "core/registry_location.h"
 #include "leftovers/scan_classes.h"
 #include "platform/memory/memory_platform.h"
 
 namespace varnel::testing_scan {
+
+// Captions as the results tree shows a key and a value.
+inline std::wstring Key(RegRoot root, const std::wstring& path) {
+  return FormatRegistryLocation(root, path, L"", L"");
+}
+inline std::wstring Value(RegRoot root, const std::wstring& path, const std::wstring& name,
+                          const std::wstring& data) {
+  return FormatRegistryLocation(root, path, name, data);
+}
 
 // A machine with one program installed in C:\Program Files\Acme\Writer and
 // a scanner set up for it.
@@ -33,6 +46,11 @@ struct ScanWorld {
   }
   std::vector<std::wstring> Full() {
     SetUp().FullScan();
+    return Captions();
+  }
+  // One step on its own over a fresh scanner; what it reported.
+  std::vector<std::wstring> Run(const TRegeditScanClasses::Step& step) {
+    SetUp().RunAlone(step);
     return Captions();
   }
   // Every registry item as the results tree captions it, then every file path.
@@ -61,5 +79,12 @@ struct ScanWorld {
   std::vector<TFileInfo> files;
   std::unique_ptr<TRegeditScanClasses> scanner;
 };
+
+// Each caption with whether the scan must have reported it.
+inline void ExpectReported(const std::vector<std::wstring>& all,
+                           const std::vector<std::pair<std::wstring, bool>>& expected) {
+  for (const auto& [caption, reported] : expected)
+    EXPECT_EQ(ScanWorld::Has(all, caption), reported) << text::ToUtf8(caption);
+}
 
 }  // namespace varnel::testing_scan
