@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <random>
 #include <string>
 #include <vector>
 
@@ -144,22 +143,6 @@ TEST_F(ExtIniFileTest, FilesKeepEveryNameAndTheMarkOverridesTheCodePage) {
   EXPECT_TRUE(ini.ReadSections().empty());
   m.faults.Set(mem::Fault::FileWrite);
   EXPECT_FALSE(back.SaveToFile(m.Get(), kPath));
-}
-
-TEST_F(ExtIniFileTest, GarbageLoadsAndReadsBackTheSame) {
-  std::mt19937 random(1234);
-  const char* marks[] = {"", "\xEF\xBB\xBF", "\xFF\xFE", "\xFE\xFF"};
-  for (int round = 0; round < 200; ++round) {
-    std::string bytes = marks[round % 4];
-    const std::size_t size = round % 10 == 0 ? 70'000 : random() % 400;
-    for (std::size_t i = 0; i < size; ++i)
-      bytes += random() % 2 ? "[]=\n\0\r"[random() % 6] : static_cast<char>(random());
-    m.system.ansiCodePage = round % 3 == 0 ? 65001 : 1252;
-    Load(bytes);
-    TExtIniFile again;
-    again.LoadFromText(ini.ToText());
-    ASSERT_EQ(again.ToText(), ini.ToText()) << "round " << round;
-  }
 }
 
 TEST_F(ExtIniFileTest, ThousandsOfSectionsEachFindTheirOwnValues) {

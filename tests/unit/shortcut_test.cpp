@@ -101,24 +101,24 @@ TEST_F(ShortcutTest, ImplausibleLengthsAndTruncationGiveEmptyOrPartialText) {
   std::string link = MakeLink({1, "C:\\A\\b.exe"});
   const std::size_t info = 76;
 
-  std::string limit = link;
-  Put32(limit, info + 24, 45);  // suffix where the path starts: length 0
-  Write(limit);
-  EXPECT_EQ(Target(), L"");
-  Put32(limit, info + 24, 10);  // suffix before the path
-  Write(limit);
-  EXPECT_EQ(Target(), L"");
-  Put32(limit, info + 24, 45 + 261);
-  Write(limit);
-  EXPECT_EQ(Target(), L"");
-  Put32(limit, info + 24, 45 + 260);  // just inside the buffer; reads past the end
-  Write(limit);
-  EXPECT_EQ(Target(), L"C:\\A\\b.exe");
-
-  Put32(limit, info + 16, 0xFFFFFFF0u);  // path far past the end of the file
-  Put32(limit, info + 24, 0xFFFFFFFFu);
-  Write(limit);
-  EXPECT_EQ(Target(), L"");
+  // Suffix offset and path offset against the path buffer and the file's end.
+  const struct {
+    std::uint32_t pathAt, suffixAt;
+    const wchar_t* target;
+  } cases[] = {
+      {0, 45, L""},                         // suffix where the path starts: length 0
+      {0, 10, L""},                         // suffix before the path
+      {0, 45 + 261, L""},                   // longer than the buffer
+      {0, 45 + 260, L"C:\\A\\b.exe"},       // just inside; reads past the end
+      {0xFFFFFFF0u, 0xFFFFFFFFu, L""},      // far past the end of the file
+  };
+  for (const auto& c : cases) {
+    std::string limit = link;
+    if (c.pathAt) Put32(limit, info + 16, c.pathAt);
+    Put32(limit, info + 24, c.suffixAt);
+    Write(limit);
+    EXPECT_EQ(Target(), c.target) << c.suffixAt;
+  }
 
   // Cut in the middle of the path; the rest reads as zero bytes, leaving the
   // folder part.

@@ -341,8 +341,6 @@ TEST_F(UninstallKeysTest, DiscoveredToolbarsAreFoldedAfterBothViews) {
   EXPECT_TRUE(list[0]->IsToolbar);
   EXPECT_EQ(list[0]->ToolbarClsid, L"{CLSID}");
   EXPECT_TRUE(list[1]->Hidden);
-  EXPECT_EQ(CategoryOf(*list[0]), SoftCategory::Toolbar);
-  EXPECT_EQ(CategoryOf(*list[1]), SoftCategory::None);
 }
 
 }  // namespace
