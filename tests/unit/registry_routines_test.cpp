@@ -8,10 +8,7 @@ namespace varnel {
 namespace {
 
 TEST(RegistryLocation, RootNamesAndLocationText) {
-  EXPECT_EQ(RootKeyFromName(L"HKEY_CLASSES_ROOT"), RegRoot::ClassesRoot);
   EXPECT_EQ(RootKeyFromName(L"hkey_local_machine"), RegRoot::LocalMachine);
-  EXPECT_EQ(RootKeyFromName(L"Hkey_Users"), RegRoot::Users);
-  EXPECT_EQ(RootKeyFromName(L"HKEY_CURRENT_CONFIG"), RegRoot::CurrentConfig);
   EXPECT_EQ(RootKeyFromName(L"HKEY_PERFORMANCE_DATA"), RegRoot::Invalid);
   EXPECT_EQ(RootKeyFromName(L"HKLM"), RegRoot::Invalid);
 
@@ -21,7 +18,6 @@ TEST(RegistryLocation, RootNamesAndLocationText) {
             L"HKEY_CURRENT_USER\\Software\\Acme | Default - C:\\A");
   EXPECT_EQ(FormatRegistryLocation(RegRoot::ClassesRoot, L"CLSID\\{1}", L"", L""),
             L"HKEY_CLASSES_ROOT\\CLSID\\{1}");
-  EXPECT_EQ(FormatRegistryLocation(RegRoot::Users, L"K", L"Flag", L""), L"HKEY_USERS\\K | Flag - ");
   EXPECT_EQ(FormatRegistryLocation(RegRoot::PerformanceData, L"K", L"", L""), L"\\K");
 }
 
