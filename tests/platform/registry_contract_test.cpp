@@ -127,13 +127,17 @@ TEST_P(RegistryContract, MachineSoftwareHasSeparate32And64BitViews) {
   // The 32-bit view lives under WOW6432Node when seen from the 64-bit view.
   const std::wstring wowPath = L"Software\\WOW6432Node" + Key(L"Only32").substr(8);
   EXPECT_TRUE(reg.KeyExists(RegRoot::LocalMachine, wowPath, true)) << text::ToUtf8(wowPath);
+  // And the reverse: made under WOW6432Node, seen by the 32-bit view only.
+  ASSERT_TRUE(reg.CreateKey(RegRoot::LocalMachine, wowPath + L"\\ByWow", true));
+  EXPECT_TRUE(reg.KeyExists(RegRoot::LocalMachine, Key(L"Only32\\ByWow"), false));
+  EXPECT_FALSE(reg.KeyExists(RegRoot::LocalMachine, Key(L"Only32\\ByWow"), true));
 
-  // Deleting in one view leaves the other alone.
-  ASSERT_TRUE(reg.CreateKey(RegRoot::LocalMachine, Key(L"Both"), false));
-  ASSERT_TRUE(reg.CreateKey(RegRoot::LocalMachine, Key(L"Both"), true));
+  // Deleting a whole subtree in one view leaves the other's twin alone.
+  ASSERT_TRUE(reg.CreateKey(RegRoot::LocalMachine, Key(L"Both\\Sub"), false));
+  ASSERT_TRUE(reg.CreateKey(RegRoot::LocalMachine, Key(L"Both\\Sub"), true));
   EXPECT_TRUE(reg.DeleteKey(RegRoot::LocalMachine, Key(L"Both"), false));
   EXPECT_FALSE(reg.KeyExists(RegRoot::LocalMachine, Key(L"Both"), false));
-  EXPECT_TRUE(reg.KeyExists(RegRoot::LocalMachine, Key(L"Both"), true));
+  EXPECT_TRUE(reg.KeyExists(RegRoot::LocalMachine, Key(L"Both\\Sub"), true));
 }
 
 TEST_P(RegistryContract, CurrentUserSoftwareIsOneViewForBoth) {

@@ -16,35 +16,6 @@ class Win32Registry : public Contract {
   }
 };
 
-TEST_P(Win32Registry, ThirtyTwoBitViewIsWow6432NodeAndDeletionStaysInItsView) {
-  auto& reg = p().registry;
-  auto key32 = reg.CreateKey(RegRoot::LocalMachine, Key(L"App\\Sub\\Deeper"), false);
-  ASSERT_TRUE(key32);
-  ASSERT_TRUE(key32->WriteValue(L"Bits", Str(L"32")));
-  key32.reset();
-  ASSERT_TRUE(reg.CreateKey(RegRoot::LocalMachine, Key(L"App\\Sub"), true)
-                  ->WriteValue(L"Bits", Str(L"64")));
-
-  // The value written through the 32-bit view is the one under WOW6432Node.
-  auto viaWow = reg.OpenKey(RegRoot::LocalMachine, Wow(L"App\\Sub\\Deeper"), RegAccess::Read, true);
-  ASSERT_TRUE(viaWow);
-  EXPECT_EQ(text::FromUtf16Bytes(viaWow->ReadValue(L"Bits")->data), L"32");
-  // And the reverse: written under WOW6432Node, seen by the 32-bit view.
-  ASSERT_TRUE(reg.CreateKey(RegRoot::LocalMachine, Wow(L"App\\ByWow"), true));
-  EXPECT_TRUE(reg.KeyExists(RegRoot::LocalMachine, Key(L"App\\ByWow"), false));
-  EXPECT_FALSE(reg.KeyExists(RegRoot::LocalMachine, Key(L"App\\ByWow"), true));
-  EXPECT_FALSE(reg.KeyExists(RegRoot::LocalMachine, Key(L"App\\Sub\\Deeper"), true));
-
-  // Whole subtree goes in the 32-bit view; the 64-bit twin keeps its value.
-  ASSERT_TRUE(reg.DeleteKey(RegRoot::LocalMachine, Key(L"App"), false));
-  EXPECT_FALSE(reg.KeyExists(RegRoot::LocalMachine, Wow(L"App"), true));
-  auto twin = reg.OpenKey(RegRoot::LocalMachine, Key(L"App\\Sub"), RegAccess::Read, true);
-  ASSERT_TRUE(twin);
-  EXPECT_EQ(text::FromUtf16Bytes(twin->ReadValue(L"Bits")->data), L"64");
-  ASSERT_TRUE(reg.DeleteKey(RegRoot::LocalMachine, Key(L"App"), true));
-  EXPECT_FALSE(reg.KeyExists(RegRoot::LocalMachine, Key(L"App"), true));
-}
-
 TEST_P(Win32Registry, NamesAtTheSystemLimitsAndManyKeysEnumerateCompletely) {
   auto& reg = p().registry;
   auto key = reg.CreateKey(RegRoot::CurrentUser, Key(), true);
