@@ -21,53 +21,39 @@ ROOTS = {"HKEY_LOCAL_MACHINE": "hklm", "HKEY_CURRENT_USER": "hkcu", "HKEY_CLASSE
          "HKEY_USERS": "hku"}
 
 
-def run(record, name):
-    _, err, rc, parsed = cli_run(record, name)
-    return parsed, err, rc
-
-
 def own_key(name):
     return UNINSTALL + name.replace(" ", "").lower()
 
 
 def is_own(item, keys):
     """Whether a snapshot item is one of KEYS or lies in it."""
-    path = item[1].lower()
-    return any(path == k or path.startswith(k + "\\") for k in keys)
+    return any(item[1].lower() == k or item[1].lower().startswith(k + "\\") for k in keys)
 
 
-def reported_key(entry):
-    return (ROOTS.get(entry.get("root"), "?") + "\\" + str(entry.get("key", "")).strip("\\")).lower()
-
-
-def check_scan(checks, label, result, err, rc, name):
-    if not checks.check(f"{label}: scan exits 0 with one object", rc == 0 and
-                        isinstance(result, dict), f"exit code {rc}, stderr {err[:200]!r}"):
-        return
-    files = result.get("files", [])
-    checks.check(f"{label}: scan offers no file and no folder", not files,
-                 "; ".join(str(f.get("path")) for f in files[:6]))
-    foreign = [reported_key(r) for r in result.get("registry", [])
-               if not reported_key(r).startswith(own_key(name))]
-    checks.check(f"{label}: scan offers no key but the entry's own", not foreign,
-                 "; ".join(foreign[:6]))
-
-
-def check_uninstall(checks, label, result, err, rc, name):
-    if not checks.check(f"{label}: uninstall prints its result", isinstance(result, dict),
-                        f"exit code {rc}, stderr {err[:200]!r}"):
-        return
+def check_entry(checks, record, n, name, label):
+    """The scan offers nothing but the entry's own key; the uninstall ran the leftover scan,
+    which offers no file, and deleted nothing but that key."""
+    _, err, rc, result = cli_run(record, f"scan-{n}")
+    result = result if isinstance(result, dict) else {}
+    offered = [str(f.get("path")) for f in result.get("files", [])] + [
+        k for k in ((ROOTS.get(r.get("root"), "?") + "\\" + str(r.get("key", "")).strip("\\"))
+                    .lower() for r in result.get("registry", [])) if not k.startswith(own_key(name))]
+    checks.check(f"{label}: scan exits 0 and offers no file, no folder and no key but the "
+                 "entry's own", rc == 0 and "files" in result and not offered,
+                 f"exit code {rc}, stderr {err[:200]!r}; " + "; ".join(offered[:6]))
+    _, err, rc, result = cli_run(record, f"uninstall-{n}")
+    result = result if isinstance(result, dict) else {}
     # The leftover scan must have run, or deleting nothing would prove nothing.
     leftovers = result.get("leftovers") or []
     checks.check(f"{label}: uninstall ran the leftover scan, which offers no file",
                  len(leftovers) == 1 and leftovers[0].get("program") == name and
-                 not leftovers[0].get("files"), json.dumps(leftovers)[:300])
+                 not leftovers[0].get("files"), f"stderr {err[:200]!r} " + json.dumps(leftovers)[:300])
     deleted = result.get("deleted") or {}
-    gone = deleted.get("files", []) + deleted.get("atRestart", [])
     tail = own_key(name).split("\\", 1)[1]
-    foreign = [k for k in deleted.get("registry", []) if tail not in str(k).lower()]
+    gone = deleted.get("files", []) + deleted.get("atRestart", []) + [
+        k for k in deleted.get("registry", []) if tail not in str(k).lower()]
     checks.check(f"{label}: uninstall deletes no file and no key but the entry's own",
-                 not gone and not foreign, "; ".join(str(i) for i in (gone + foreign)[:6]))
+                 not gone, "; ".join(map(str, gone[:6])))
 
 
 def main():
@@ -80,8 +66,7 @@ def main():
             read_text(os.path.join(record, "hostile.tsv")).splitlines() if line.strip()]
     for n, (name, _, location, command) in enumerate(rows, 1):
         label = f"{name} ({location}, {command})"
-        check_scan(checks, label, *run(record, f"scan-{n}"), name)
-        check_uninstall(checks, label, *run(record, f"uninstall-{n}"), name)
+        check_entry(checks, record, n, name, label)
 
     snap = os.path.join(record, "snap")
     try:

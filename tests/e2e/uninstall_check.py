@@ -4,12 +4,12 @@ shows. The unit tests prove the log's format, the output forms and the quiet-for
 
     uninstall_check.py RECORD_DIR DRIVE_C
 
-RECORD_DIR is filled by uninstall_e2e.sh: samples.tsv; folders.tsv (sample id, install folder
-relative to C:\\); for each run NAME of the tool NAME.out, NAME.err and NAME.rc; for the two
-uninstall runs of samples RUN.files (what was left in their folders the moment the tool
-returned) and RUN.processes (the processes running then), and before.processes; snap/ holds
-the registry and disk snapshots (footprint.py) others, installed, cleaned and restored. Prints
-one line per check and a gtest-like summary; exits 1 when a check fails.
+RECORD_DIR is filled by uninstall_e2e.sh: samples.tsv; for each run NAME of the tool NAME.out,
+NAME.err and NAME.rc (list: `list --json`, the install folders); for the two uninstall runs of
+samples RUN.files (the files left in the Program Files folders the moment the tool returned)
+and RUN.processes (the processes running then), and before.processes; snap/ holds the registry
+and disk snapshots (footprint.py) others, installed, cleaned and restored. Prints one line per
+check and a gtest-like summary; exits 1 when a check fails.
 """
 import os
 import re
@@ -39,17 +39,17 @@ def process_names(record, name):
 
 # The samples of one quiet run were uninstalled, in the order given, and the tool had waited:
 # their programs were gone and nothing they started still ran when it returned.
-def check_quiet_run(checks, record, run_name, ids, names, before):
+def check_quiet_run(checks, record, run_name, ids, names, folders, before):
     out, err, rc, result = run(record, run_name)
     checks.check(f"{run_name}: exit code 0", rc == 0, f"{rc} {err}")
     outcomes = [(p.get("name"), p.get("started"), p.get("exitCode"), p.get("stillListed"))
                 for p in result.get("programs", []) if not p.get("byScan")]
     checks.check(f"{run_name}: each started, ended with 0 and is no longer listed",
                  outcomes == [(names[i], True, 0, False) for i in ids], out)
-    left = [line.split("\t") for line in
-            read_text(os.path.join(record, run_name + ".files")).splitlines() if line]
+    left = read_text(os.path.join(record, run_name + ".files")).lower().splitlines()
     for sample in ids:
-        programs = [f for i, f in left if i == sample and re.search(r"\.(exe|dll)$", f, re.I)]
+        folder = folders.get(sample, "?").lower().replace("\\", "/")
+        programs = [f for f in left if f.startswith(folder + "/") and re.search(r"\.(exe|dll)$", f)]
         checks.check(f"{run_name}: {sample}'s programs were gone when the tool returned",
                      not programs, ", ".join(programs))
     new = [n for n in process_names(record, run_name) if n not in before and n not in ALLOWED_NEW]
@@ -132,16 +132,17 @@ def main():
     names = {i: samples[i]["name"] for i in ("notes", "sync", "ledger")}
     before = set(process_names(record, "before"))
     checks.check("the processes before were listed", bool(before))
-    folders = [line.split("\t")[0] for line in
-               read_text(os.path.join(record, "folders.tsv")).splitlines() if line]
-    checks.check("every sample's install folder is known", sorted(folders) == sorted(names),
+    _, _, _, listed = cli_run(record, "list")
+    folders = {i: r["installLocation"][3:].rstrip("\\") for i in names for r in listed or []
+               if r.get("name") == names[i] and r.get("installLocation")}
+    checks.check("every sample's install folder is listed", sorted(folders) == sorted(names),
                  str(folders))
 
     # NSIS 64-bit alone; then NSIS 32-bit, whose /S comes from its uninstaller's own bytes,
     # and the MSI sample together.
-    log_file = check_quiet_run(checks, record, "notes", ["notes"], names, before)
+    log_file = check_quiet_run(checks, record, "notes", ["notes"], names, folders, before)
     check_cleanup(checks, record, names["notes"])
-    check_quiet_run(checks, record, "pair", ["sync", "ledger"], names, before)
+    check_quiet_run(checks, record, "pair", ["sync", "ledger"], names, folders, before)
 
     out, err, rc, _ = run(record, "stubborn")
     checks.check("stubborn: exit code 3, the uninstaller's own code, progress on stderr",

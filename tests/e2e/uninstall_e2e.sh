@@ -17,7 +17,6 @@ set -uo pipefail
 label=uninstall_e2e
 . "$(dirname "${BASH_SOURCE[0]}")/e2e_common.sh"
 e2e_prepare "$3" "$1" "$2"
-samples=(notes sync ledger)
 # The other samples first, then notes, each step snapshotted: notes' footprint is what
 # its installer added, and everything else must outlive its cleanup.
 snapshot base
@@ -39,33 +38,14 @@ add_entry() {
 add_entry StubbornTool 'Stubborn Tool' 'C:\windows\system32\cmd.exe /c exit 5'
 add_entry PlainTool 'Plain Tool' 'C:\tools\uninstall.exe'
 
-# The install folder of each sample, as the list reports it, relative to C:\.
 run_cli list list --json
-python3 - "$work/list.out" "$work/samples.tsv" "${samples[@]}" >"$work/folders.tsv" <<'EOF' ||
-import json, sys
-records = json.load(open(sys.argv[1], encoding="utf-8"))
-for line in open(sys.argv[2], encoding="utf-8"):
-    cols = line.rstrip("\n").split("\t")
-    if len(cols) < 8 or cols[0] not in sys.argv[3:]:
-        continue
-    for r in records:
-        if r["name"] == cols[7] and r["installLocation"]:
-            print(cols[0] + "\t" + r["installLocation"][3:].replace("\\", "/"))
-            break
-EOF
-  die "no list"
 
 processes() { in_prefix 'C:\varnel-e2e-helper.exe' processes | tr -d '\r' >"$work/$1.processes"; }
-# What is left of the samples' folders, taken from the host at once, then the processes.
+# The programs' files left (paths relative to C:\), taken from the host at once, then the
+# processes.
 aftermath() {
-  local run=$1 id folder
-  : >"$work/$run.files"
-  while IFS=$'\t' read -r id folder; do
-    if [ -d "$drive_c/$folder" ]; then
-      (cd "$drive_c/$folder" && find . -type f | sed "s|^\\.|$id\\t|") >>"$work/$run.files"
-    fi
-  done <"$work/folders.tsv"
-  processes "$run"
+  (cd "$drive_c" && find "Program Files" "Program Files (x86)" -type f 2>/dev/null) >"$work/$1.files"
+  processes "$1"
 }
 
 processes before
