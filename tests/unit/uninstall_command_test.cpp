@@ -70,23 +70,32 @@ TEST_F(UninstallCommandTest, CommandLinesAreCutToTheFileTheyName) {
       {L"a:\\", L"a:\\"},
       {L":\\x", L":\\x"},
       {L"relative\\a.exe", L"relative\\a.exe"},
+      // A leading environment reference is expanded, wherever it stands.
+      {L"%windir%\\system32\\x.exe", L"C:\\Windows\\system32\\x.exe"},
+      {L"%SystemRoot%\\x.dll,3", L"C:\\Windows\\x.dll"},
+      {L"C:\\x\\%windir%\\a.exe", L"C:\\Windows\\ndir%\\a.exe"},
+      {L"%APPDATA%\\a.exe", L"%APPDATA%\\a.exe"},  // not this routine's business
+      // 12 - p characters from position p go: the token only for p = 1.
+      {L"\\SystemRoot\\System32\\drivers\\x.sys", L"C:\\Windows\\System32\\drivers\\x.sys"},
+      {L"\\??\\\\SystemRoot\\x.sys", L"C:\\Windows\\x.sys"},
+      {L"X\\SystemRoot\\a.sys", L"C:\\WindowsXt\\a.sys"},
+      {L"abcdefghijk\\systemroot\\a", L"C:\\Windowsabcdefghijk\\systemroot\\a"},
+      // The launcher's target; without the blank it is not the launcher.
+      {L"RunDll32.exe C:\\X\\Y.dll,Uninstall", L"C:\\X\\Y.dll"},
+      {L"rundll32.exe nowhere.dll,Entry", L"nowhere.dll"},
+      {L"rundll32.exeboth.dll", L"rundll32.exeboth.dll"},
+      {L"rundll32.exe ", L""},
   };
   for (const auto& c : cases) EXPECT_EQ(FileOf(c.command), c.file) << std::wstring(c.command);
 }
 
-TEST_F(UninstallCommandTest, LeadingEnvironmentReferencesAreExpanded) {
-  EXPECT_EQ(FileOf(L"%windir%\\system32\\x.exe"), L"C:\\Windows\\system32\\x.exe");
-  EXPECT_EQ(FileOf(L"%SystemRoot%\\x.dll,3"), L"C:\\Windows\\x.dll");
-  EXPECT_EQ(FileOf(L"%ProgramFiles%\\App\\a.exe"), L"C:\\Program Files\\App\\a.exe");
+TEST_F(UninstallCommandTest, ExpansionFollowsTheEnvironmentAndTheWindowsFolder) {
   m.system.environment[L"PROGRAMFILES"] = L"D:\\Progs\\";
   EXPECT_EQ(FileOf(L"%programfiles%App\\a.exe"), L"D:\\Progs\\App\\a.exe");
-  // The reference is taken to open the string, wherever it stands.
-  EXPECT_EQ(FileOf(L"C:\\x\\%windir%\\a.exe"), L"C:\\Windows\\ndir%\\a.exe");
-  // Other references are not this routine's business.
-  EXPECT_EQ(FileOf(L"%APPDATA%\\a.exe"), L"%APPDATA%\\a.exe");
-}
+  m.system.windowsDir.clear();
+  EXPECT_EQ(FileOf(L"\\SystemRoot\\x.sys"), L"\\x.sys");
 
-TEST_F(UninstallCommandTest, AFailedOrOverlongExpansionChangesNothing) {
+  // A failed or overlong expansion changes nothing.
   m.system.environment[L"WINDIR"] = L"D:\\" + std::wstring(516, L'w');  // 519 characters
   EXPECT_EQ(FileOf(L"%windir%\\a.exe"), m.system.environment[L"WINDIR"] + L"\\a.exe");
   m.system.environment[L"WINDIR"] += L"w";  // 520: no room for the terminator
@@ -96,28 +105,11 @@ TEST_F(UninstallCommandTest, AFailedOrOverlongExpansionChangesNothing) {
   EXPECT_EQ(FileOf(L"%ProgramFiles%\\\\App\\a.exe"), L"%ProgramFiles%\\\\App\\a.exe");
 }
 
-TEST_F(UninstallCommandTest, SystemRootTokenIsReplacedByTheWindowsDirectory) {
-  EXPECT_EQ(FileOf(L"\\SystemRoot\\System32\\drivers\\x.sys"),
-            L"C:\\Windows\\System32\\drivers\\x.sys");
-  EXPECT_EQ(FileOf(L"\\??\\\\SystemRoot\\x.sys"), L"C:\\Windows\\x.sys");
-  // 12 - p characters go from position p, which is the token only for p = 1.
-  EXPECT_EQ(FileOf(L"X\\SystemRoot\\a.sys"), L"C:\\WindowsXt\\a.sys");
-  EXPECT_EQ(FileOf(L"abcdefghijk\\systemroot\\a"), L"C:\\Windowsabcdefghijk\\systemroot\\a");
-  m.system.windowsDir.clear();
-  EXPECT_EQ(FileOf(L"\\SystemRoot\\x.sys"), L"\\x.sys");
-}
-
 TEST_F(UninstallCommandTest, RunDllTargetsFallBackToTheWindowsThenTheSystemDirectory) {
-  EXPECT_EQ(FileOf(L"RunDll32.exe C:\\X\\Y.dll,Uninstall"), L"C:\\X\\Y.dll");
-
-  EXPECT_EQ(FileOf(L"rundll32.exe nowhere.dll,Entry"), L"nowhere.dll");
   m.files.AddFile(L"C:\\Windows\\system32\\both.dll");
   EXPECT_EQ(FileOf(L"RUNDLL32.EXE both.dll,Entry"), L"C:\\Windows\\system32\\both.dll");
   m.files.AddFile(L"C:\\Windows\\both.dll");
   EXPECT_EQ(FileOf(L"rundll32.exe both.dll,Entry"), L"C:\\Windows\\both.dll");
-  // Without the blank it is not the launcher.
-  EXPECT_EQ(FileOf(L"rundll32.exeboth.dll"), L"rundll32.exeboth.dll");
-  EXPECT_EQ(FileOf(L"rundll32.exe "), L"");
 }
 
 TEST_F(UninstallCommandTest, CutsAfterTheEarliestExecutableExtension) {
