@@ -157,6 +157,8 @@ TEST_P(FileSystemContract, PathsAreNormalisedLikeWindowsDoes) {
   ASSERT_TRUE(fs.WriteWholeFile(Scratch(L"f.txt"), Bytes("x")));
   EXPECT_TRUE(fs.FileExists(Scratch(L"sub\\..\\f.txt")));
   EXPECT_TRUE(fs.FileExists(Scratch(L".\\sub\\..\\.\\f.txt")));
+  // ".." never climbs above the drive.
+  EXPECT_TRUE(fs.FileExists(Scratch().substr(0, 3) + L"..\\..\\" + Scratch(L"f.txt").substr(3)));
   EXPECT_TRUE(fs.FileExists(Scratch(L"f.txt.")));
   EXPECT_TRUE(fs.FileExists(L"\\\\?\\" + Scratch(L"f.txt")));
 
