@@ -1,13 +1,15 @@
-// Leftover scan speed on a crowded registry, against a raw walk of the class
-// keys it visits, both in the same run.
+// Leftover scan speed on a crowded registry, against a raw walk of the keys
+// it visits, and a batch of ten programs' scans against one, all in one run.
 //
-//   varnel_scan_bench [--clsids N] [--rounds R] [--keep] [--reuse] [--show]
+//   varnel_scan_bench [--clsids N] [--rounds R] [--keep] [--reuse] [--show] [--readers]
 //
 // Writes N class keys (with a tenth as many ProgIDs, type libraries,
 // interfaces, extensions and file classes) under HKLM\SOFTWARE\Classes in the
 // 64-bit view, five of them belonging to the scanned program, measures, and
-// removes them again; --keep leaves them for a later run with --reuse. Run it
-// in a throwaway prefix.
+// removes them again; --keep leaves them for a later run with --reuse. The
+// batch's other nine programs own a folder each and nothing else. Run it in a
+// throwaway prefix. --readers times only the copy of the walked trees, by
+// several numbers of readers, against the raw walk.
 #include <windows.h>
 
 #include <algorithm>
@@ -19,6 +21,7 @@
 #include "core/directory_tree.h"
 #include "base/text.h"
 #include "leftovers/scan_driver.h"
+#include "leftovers/scan_reads.h"
 #include "platform/win32/unique_handle.h"
 #include "platform/win32/win32_platform.h"
 
@@ -29,6 +32,7 @@ using varnel::win32::UniqueHkey;
 
 constexpr const wchar_t* kClasses = L"SOFTWARE\\Classes";
 constexpr const wchar_t* kProgramFolder = L"C:\\Program Files\\Bench Target";
+constexpr int kBatch = 10;
 constexpr const wchar_t* kMarkerKey = L"SOFTWARE\\Classes\\VarnelScanBench";
 constexpr REGSAM k64 = KEY_WOW64_64KEY;
 
@@ -111,8 +115,8 @@ void Remove(varnel::Platform platform) {
   varnel::DeleteDirectoryTree(platform.files, kProgramFolder);
 }
 
-// Every key below the class roots opened once, every value read once: the
-// least any scan of these keys can cost.
+// Every key below the trees the scan walks opened once, every value read
+// once, on one thread: the least a one-thread scan of these keys can cost.
 long RawWalk() {
   long keys = 0;
   std::vector<BYTE> data(8192);
@@ -145,8 +149,37 @@ long RawWalk() {
   };
   walk(HKEY_LOCAL_MACHINE, kClasses);
   walk(HKEY_CURRENT_USER, L"Software\\Classes");
+  walk(HKEY_LOCAL_MACHINE, L"SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Installer");
+  walk(HKEY_CURRENT_USER, L"Software\\Microsoft\\Installer");
+  walk(HKEY_LOCAL_MACHINE, L"SYSTEM\\CurrentControlSet\\services");
   return keys;
 }
+
+// The live registry with a chosen number of concurrent readers, to see
+// where copying the walked trees stops paying.
+class ReadersRegistry final : public varnel::IRegistry {
+ public:
+  ReadersRegistry(varnel::IRegistry& live, int readers) : live_(live), readers_(readers) {}
+  std::unique_ptr<varnel::IRegistryKey> OpenKey(varnel::RegRoot root, std::wstring_view path,
+                                                varnel::RegAccess access, bool use64) override {
+    return live_.OpenKey(root, path, access, use64);
+  }
+  std::unique_ptr<varnel::IRegistryKey> CreateKey(varnel::RegRoot root, std::wstring_view path,
+                                                  bool use64) override {
+    return live_.CreateKey(root, path, use64);
+  }
+  bool KeyExists(varnel::RegRoot root, std::wstring_view path, bool use64) override {
+    return live_.KeyExists(root, path, use64);
+  }
+  bool DeleteKey(varnel::RegRoot root, std::wstring_view path, bool use64) override {
+    return live_.DeleteKey(root, path, use64);
+  }
+  int ConcurrentReaders() const override { return readers_; }
+
+ private:
+  varnel::IRegistry& live_;
+  int readers_;
+};
 
 double Ms(Clock::duration d) { return std::chrono::duration<double, std::milli>(d).count(); }
 
@@ -158,11 +191,13 @@ int wmain(int argc, wchar_t** argv) {
   bool setup = true;
   bool teardown = true;
   bool show = false;
+  bool readersOnly = false;
   for (int i = 1; i < argc; ++i) {
     std::wstring option = argv[i];
     if (option == L"--keep") teardown = false;
     else if (option == L"--reuse") setup = false;
     else if (option == L"--show") show = true;
+    else if (option == L"--readers") readersOnly = true;
     else if (option == L"--clsids" && i + 1 < argc) clsids = std::max(10, _wtoi(argv[++i]));
     else if (option == L"--rounds" && i + 1 < argc) rounds = std::max(1, _wtoi(argv[++i]));
   }
@@ -175,27 +210,72 @@ int wmain(int argc, wchar_t** argv) {
   }
   std::printf("setup: %d class keys in %.0f ms\n", clsids, Ms(Clock::now() - setupStart));
 
+  if (readersOnly) {
+    // Only the copy of the walked trees, by 1, 2, 4, 6 and 12 readers.
+    for (int readers : {1, 2, 4, 6, 12}) {
+      ReadersRegistry registry(platform.registry, readers);
+      varnel::Platform limited{registry,         platform.files,     platform.system,
+                               platform.shell,   platform.windows,   platform.processes,
+                               platform.restorePoints};
+      auto start = Clock::now();
+      varnel::ScanReads reads(limited);
+      reads.Machine().registry.KeyExists(varnel::RegRoot::LocalMachine, kClasses, true);
+      std::printf("copy of the walked trees by %d readers: %.0f ms\n", readers,
+                  Ms(Clock::now() - start));
+    }
+    auto start = Clock::now();
+    long keys = RawWalk();
+    std::printf("raw walk, one thread: %ld keys in %.0f ms\n", keys, Ms(Clock::now() - start));
+    if (teardown) Remove(platform);
+    return 0;
+  }
+
   varnel::SoftList list;
-  auto record = std::make_unique<varnel::TSoftInfo>();
-  record->Name = L"Bench Target";
-  record->Publisher = L"Bench";
-  record->InstallLocation = kProgramFolder;
-  record->Is64BitView = true;
-  list.push_back(std::move(record));
+  for (int i = 0; i < kBatch; ++i) {
+    auto record = std::make_unique<varnel::TSoftInfo>();
+    record->Name = i == 0 ? L"Bench Target" : L"Bench Other " + std::to_wstring(i);
+    record->Publisher = L"Bench";
+    record->InstallLocation = i == 0 ? std::wstring(kProgramFolder)
+                                     : L"C:\\Program Files\\Bench Other " + std::to_wstring(i);
+    record->Is64BitView = true;
+    if (i > 0) platform.files.MakeDirectory(record->InstallLocation);
+    list.push_back(std::move(record));
+  }
 
   long rawKeys = 0;
   int found = 0;
-  double raw = 1e300, scan = 1e300;
+  double raw = 1e300, scan = 1e300, batch = 1e300, copy = 1e300, firstOfBatch = 1e300,
+         restOfBatch = 1e300;
   const varnel::TFilterManage filter;
-  // Interleaved so that a slow moment of the machine hits both.
+  // Interleaved so that a slow moment of the machine hits all.
   for (int r = 0; r < rounds; ++r) {
     auto start = Clock::now();
     rawKeys = RawWalk();
     raw = std::min(raw, Ms(Clock::now() - start));
+
     start = Clock::now();
     varnel::ScanDriver driver(platform, filter);
     found = driver.Collect(list, 0, L"", nullptr).Count();
     scan = std::min(scan, Ms(Clock::now() - start));
+
+    // Where a batch's time goes: the copy of the walked trees, the rest.
+    start = Clock::now();
+    {
+      varnel::ScanReads reads(platform);
+      reads.Machine().registry.KeyExists(varnel::RegRoot::LocalMachine, kClasses, true);
+      copy = std::min(copy, Ms(Clock::now() - start));
+    }
+
+    start = Clock::now();
+    driver.BeginBatch();
+    driver.Collect(list, 0, L"", nullptr);
+    auto first = Clock::now();
+    for (int i = 1; i < kBatch; ++i) driver.Collect(list, i, L"", nullptr);
+    driver.EndBatch();
+    auto end = Clock::now();
+    batch = std::min(batch, Ms(end - start));
+    firstOfBatch = std::min(firstOfBatch, Ms(first - start));
+    restOfBatch = std::min(restOfBatch, Ms(end - first) / (kBatch - 1));
   }
   if (show) {
     varnel::ScanDriver driver(platform, filter);
@@ -204,9 +284,16 @@ int wmain(int argc, wchar_t** argv) {
       std::printf("%ls | %ls\n", item.KeyPath.c_str(), item.ValueName.c_str());
     for (const auto& item : findings.Files) std::printf("%ls\n", item.Path.c_str());
   }
-  std::printf("raw walk of the class keys: %ld keys in %.0f ms\n", rawKeys, raw);
+  std::printf("raw walk of the keys the scan visits, one thread: %ld keys in %.0f ms\n", rawKeys,
+              raw);
   std::printf("full scan: %d leftovers in %.0f ms\n", found, scan);
+  std::printf("copying the walked trees: %.0f ms; a scan from the copy: %.0f ms\n", copy,
+              restOfBatch);
+  std::printf("batch of %d scans: %.0f ms (first %.0f ms, each further one %.0f ms)\n", kBatch,
+              batch, firstOfBatch, restOfBatch);
   std::printf("ratio full scan / raw walk: %.2f\n", scan / raw);
+  std::printf("ratio batch of %d / one scan: %.2f\n", kBatch, batch / scan);
+  for (int i = 1; i < kBatch; ++i) platform.files.RemoveFolder(list[i]->InstallLocation);
   if (teardown) Remove(platform);
   // Five classes, each with its HKCR mirror, plus the folder and its file.
   return found >= 12 ? 0 : 1;

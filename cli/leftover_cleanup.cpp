@@ -53,6 +53,7 @@ void LeftoverCleanup::Scan(const SoftList& list, int index, const std::wstring& 
 
 void LeftoverCleanup::Finish(const std::vector<std::wstring>& otherProgramFolders,
                              const std::function<void(const std::string&)>& progress) {
+  driver_.EndBatch();
   if (!remove_ || tree_.Count() == 0) return;
   finished_ = true;
   Backup* backup = RunBackup();

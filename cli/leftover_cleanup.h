@@ -26,8 +26,12 @@ class LeftoverCleanup {
   // on first use; null without backups or when it could not be begun.
   Backup* RunBackup();
   const Platform& Machine() const { return platform_; }
-  // The indexes scanned in this run: their folders are not other programs'.
-  void ScanTogether(std::vector<int> indexes) { driver_.SetScannedTogether(std::move(indexes)); }
+  // The indexes scanned in this run: their folders are not other programs',
+  // and their scans share their reads until Finish.
+  void ScanTogether(std::vector<int> indexes) {
+    driver_.SetScannedTogether(std::move(indexes));
+    driver_.BeginBatch();
+  }
   // Scans list[index] (or, with `filePath`, the disk around that file): the
   // findings are printed, and deleted by Finish.
   void Scan(const SoftList& list, int index, const std::wstring& filePath = {});

@@ -65,7 +65,7 @@ ScanFindings ScanDriver::Collect(const SoftList& list, int index, const std::wst
     if (inList) scanned.push_back(index);
     ownPlaces = std::make_unique<ProtectedPlaces>(platform_, OtherProgramFolders(platform_, list, scanned));
   }
-  TRegeditScanClasses scanner(platform_, filter_, processMessages_);
+  TRegeditScanClasses scanner(batch_ ? batch_->Machine() : platform_, filter_, processMessages_);
   scanner.SetProtectedPlaces(places_ ? places_ : ownPlaces.get());
   scanner.SetUp(&found.Registry, &found.Files, 0, found.Record, images);
   stop_ = false;

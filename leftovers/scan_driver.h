@@ -1,6 +1,7 @@
 #pragma once
 
 #include <atomic>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -8,6 +9,7 @@
 #include "leftovers/image_list.h"
 #include "leftovers/results_tree.h"
 #include "leftovers/scan_classes.h"
+#include "leftovers/scan_reads.h"
 
 namespace varnel {
 
@@ -35,6 +37,11 @@ class ScanDriver {
   // Indexes of the list scanned in this run besides the one at hand (a
   // batch): their folders are not other programs'.
   void SetScannedTogether(std::vector<int> indexes) { together_ = std::move(indexes); }
+  // The scans up to EndBatch read the registry trees and folders they walk
+  // once, at the first of them. A lone scan reads only what it needs, live:
+  // the copy reads every key whole and costs a raw walk of the trees.
+  void BeginBatch() { batch_ = std::make_unique<ScanReads>(platform_); }
+  void EndBatch() { batch_.reset(); }
 
   // Each holds one "%d"; the language table supplies them.
   std::wstring SingularPhrase = L"%d item";
@@ -65,6 +72,7 @@ class ScanDriver {
   TRegeditScanClasses::MessageStep processMessages_;
   const ProtectedPlaces* places_ = nullptr;
   std::vector<int> together_;
+  std::unique_ptr<ScanReads> batch_;
   std::atomic<bool> stop_{false};
   TRegeditScanClasses* active_ = nullptr;
 };

@@ -181,6 +181,7 @@ int UninstallSequence::Scan(ScanDriver& driver, const IImageList* listImages, IR
     if (index >= 0 && index < static_cast<int>(list.size())) together.push_back(index);
   }
   driver.SetScannedTogether(std::move(together));
+  driver.BeginBatch();
   scanning_ = &driver;
   int branches = 0;
   for (const std::wstring& entry : jobs_) {
@@ -198,6 +199,7 @@ int UninstallSequence::Scan(ScanDriver& driver, const IImageList* listImages, IR
     if (found > 0) ++branches;
   }
   scanning_ = nullptr;
+  driver.EndBatch();
   return branches;
 }
 

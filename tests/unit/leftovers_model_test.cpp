@@ -246,5 +246,32 @@ TEST_F(ScanDriverTest, NothingFoundOrAStopAddsNoBranch) {
   EXPECT_EQ(Scan(), 50);  // the stop flag is cleared for the next program
 }
 
+// The scans of a batch list the walked registry trees and folders once: a
+// live machine that lists nothing after the first scan changes none of a
+// batch's findings, and all of a lone scan's but those it need not list.
+TEST_F(ScanDriverTest, TheScansOfABatchListTheWalkedTreesAndFoldersOnce) {
+  w.Set(HKLM, L"\\SYSTEM\\CurrentControlSet\\services\\AcmeSvc", L"ImagePath",
+        L"C:\\Program Files\\Acme\\Writer\\writer.exe");
+  w.m.files.AddFile(L"C:\\Users\\test\\AppData\\Roaming\\Acme\\Acme Writer\\settings.ini", "x");
+  auto captions = [](const ScanFindings& found) {
+    std::vector<std::wstring> all;
+    for (const auto& item : found.Registry) all.push_back(item.KeyPath + L"|" + item.ValueName);
+    for (const auto& item : found.Files) all.push_back(item.Path);
+    return all;
+  };
+  for (bool batch : {true, false}) {
+    SCOPED_TRACE(batch ? "batch" : "lone scans");
+    if (batch) driver.BeginBatch();
+    const auto first = captions(driver.Collect(list, 0, L"", nullptr));
+    ASSERT_EQ(first.size(), 6u);  // service, its value, folder, file, AppData folder, its file
+    w.m.faults.Set(mem::Fault::RegEnumKeys);
+    w.m.faults.Set(mem::Fault::FileFind);
+    EXPECT_EQ(captions(driver.Collect(list, 0, L"", nullptr)) == first, batch);
+    w.m.faults.Set(mem::Fault::RegEnumKeys, false);
+    w.m.faults.Set(mem::Fault::FileFind, false);
+    driver.EndBatch();
+  }
+}
+
 }  // namespace
 }  // namespace varnel
