@@ -19,6 +19,8 @@ import sys
 
 REG_SZ, REG_EXPAND_SZ, REG_BINARY, REG_DWORD, REG_QWORD = 1, 2, 3, 4, 11
 HERE = os.path.dirname(os.path.abspath(__file__))
+ROOTS = {"HKEY_LOCAL_MACHINE": "HKLM", "HKEY_CURRENT_USER": "HKCU", "HKEY_CLASSES_ROOT": "HKCR",
+         "HKEY_USERS": "HKU"}
 
 # What Wine itself changes while programs run: never anyone's footprint.
 WINE_NOISE = re.compile("|".join((

@@ -14,11 +14,9 @@ import os
 import sys
 
 from e2e_common import Checks, cli_run, read_text
-from footprint import Snapshot, is_noise
+from footprint import ROOTS, is_noise, load_snapshot
 
 UNINSTALL = "hkcu\\software\\microsoft\\windows\\currentversion\\uninstall\\"
-ROOTS = {"HKEY_LOCAL_MACHINE": "hklm", "HKEY_CURRENT_USER": "hkcu", "HKEY_CLASSES_ROOT": "hkcr",
-         "HKEY_USERS": "hku"}
 
 
 def own_key(name):
@@ -65,15 +63,10 @@ def main():
     rows = [line.split("\t") for line in
             read_text(os.path.join(record, "hostile.tsv")).splitlines() if line.strip()]
     for n, (name, _, location, command) in enumerate(rows, 1):
-        label = f"{name} ({location}, {command})"
-        check_entry(checks, record, n, name, label)
+        check_entry(checks, record, n, name, f"{name} ({location}, {command})")
 
-    snap = os.path.join(record, "snap")
-    try:
-        before = Snapshot(os.path.join(snap, "before.reg"), os.path.join(snap, "before.disk"))
-        after = Snapshot(os.path.join(snap, "after.reg"), os.path.join(snap, "after.disk"))
-    except FileNotFoundError as e:
-        checks.check("both snapshots were taken", False, str(e))
+    before, after = load_snapshot(record, "before"), load_snapshot(record, "after")
+    if not checks.check("both snapshots were taken", before and after):
         return checks.summary()
     keys = [own_key(name) for name, *_ in rows]
     checks.check("the entries were written", all(k in before.keys for k in keys), "; ".join(keys))

@@ -31,33 +31,18 @@ short=$(in_prefix cmd /c 'dir /x C:\' | tr -d '\r' |
   sed -nE 's/.*<DIR> +([^ ]+~[^ ]+) +Program Files$/C:\\\1/p')
 [ -n "$short" ] || die "no short form of Program Files"
 
-# name, value type, install location, uninstall command.
-run_nothing='C:\windows\system32\cmd.exe /c exit 0'
-cat >"$work/hostile.tsv" <<EOF
-Hostile System Folder	REG_SZ	\\\\?\\C:\\windows\\system32	$run_nothing
-Hostile Drive Root	REG_SZ	C:\\/	$run_nothing
-Hostile Roaming Data	REG_EXPAND_SZ	%APPDATA%	$run_nothing
-Hostile Program Files	REG_SZ	C:\\Program Files	$run_nothing
-Hostile Short Form	REG_SZ	$short\\	C:\\hostile\\uninst.exe
-Hostile Other Program	REG_SZ	$sample\\plugins\\..	$run_nothing
-EOF
-cat >>"$work/hostile.tsv" <<'EOF'
-Hostile Plain Drive Root	REG_SZ	C:\	C:\hostile\uninst.exe
-Hostile Drive Letter	REG_SZ	C:	C:\hostile\uninst.exe
-Hostile Users Folder	REG_SZ	C:\users\	C:\hostile\uninst.exe
-Hostile Windows Folder	REG_SZ	C:\windows\	C:\hostile\uninst.exe
-Hostile Plain System Folder	REG_SZ	C:\windows\system32	C:\hostile\uninst.exe
-Hostile Windows Macro	REG_SZ	%WINDIR%	C:\hostile\uninst.exe
-Hostile Expandable Macro	REG_EXPAND_SZ	%WINDIR%\	C:\hostile\uninst.exe
-Hostile Dotdot Path	REG_SZ	C:\Program Files\..\windows	C:\hostile\uninst.exe
-EOF
-# All in one import: one Windows start instead of three per entry.
-python3 - "$work/hostile.tsv" "$drive_c/varnel-e2e/hostile.reg" <<'EOF' || die "no .reg file"
-import sys
+# data/hostile.tsv: name, value type, install location, uninstall command; filled in here and
+# kept in the record, then all imported at once: one Windows start instead of three per entry.
+python3 - "$e2e_here/data/hostile.tsv" "$work/hostile.tsv" "$drive_c/varnel-e2e/hostile.reg" \
+  "$short" "$sample" <<'EOF' || die "no .reg file"
+import string, sys
+rows = string.Template(open(sys.argv[1], encoding="utf-8").read()).substitute(
+    short=sys.argv[4], sample=sys.argv[5], run_nothing=r"C:\windows\system32\cmd.exe /c exit 0")
+open(sys.argv[2], "w", encoding="utf-8").write(rows)
 def text(s):
     return '"' + s.replace("\\", "\\\\").replace('"', '\\"') + '"'
 lines = ["Windows Registry Editor Version 5.00", ""]
-for row in open(sys.argv[1], encoding="utf-8").read().splitlines():
+for row in rows.splitlines():
     name, kind, location, command = row.split("\t")
     lines.append("[HKEY_CURRENT_USER\\Software\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\"
                  + name.replace(" ", "") + "]")
@@ -69,7 +54,7 @@ for row in open(sys.argv[1], encoding="utf-8").read().splitlines():
     else:
         lines.append('"InstallLocation"=' + text(location))
     lines.append("")
-open(sys.argv[2], "w", encoding="utf-16").write("\r\n".join(lines) + "\r\n")
+open(sys.argv[3], "w", encoding="utf-16").write("\r\n".join(lines) + "\r\n")
 EOF
 in_prefix reg import 'C:\varnel-e2e\hostile.reg' >"$work/import.log" 2>&1 || die "reg import failed"
 

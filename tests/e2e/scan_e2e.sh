@@ -37,7 +37,6 @@ date +%d.%m.%Y >>"$work/dates.txt"
 run_cli list list --json
 run_cli list2 list --json
 run_cli all list --json --all
-run_cli badopt list --json --no-such-option
 cp -f "$work/list.out" "$drive_c/varnel-e2e/list.json"
 # record KEY: the --all record of that Uninstall key, as JSON.
 record() {
@@ -59,9 +58,6 @@ scan_sample() {
   fi
 }
 for id in "${ids[@]}"; do scan_sample "scan-$id" "$id"; done
-run_cli scan-unknown scan 'No Such Program Anywhere' --json
-run_cli scan-usage scan
-run_cli scan-badopt scan "$(name_of notes)" --json --no-such-option
 
 # Each sample's own uninstaller, silently, last installed first.
 for ((i = ${#ids[@]} - 1; i >= 0; i--)); do

@@ -62,6 +62,5 @@ run_cli pair uninstall "$(name_of sync)" "$(name_of ledger)" --quiet --json
 aftermath pair
 run_cli stubborn uninstall 'Stubborn Tool'
 run_cli plain uninstall 'Plain Tool' --quiet
-run_cli badopt uninstall 'Stubborn Tool' --no-such-option
 
 python3 "$e2e_here/uninstall_check.py" "$work" "$drive_c"
