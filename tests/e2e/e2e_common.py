@@ -37,16 +37,16 @@ def read_text(path):
         return ""
 
 
-def cli_run(record, name):
+def cli_run(record, name, unparsed=None):
     """One run of the tool as the scripts record it: stdout, stderr, the exit code (None when
-    unknown) and stdout read as JSON (None when it is not)."""
+    unknown) and stdout read as JSON (UNPARSED when it is not)."""
     out = read_text(os.path.join(record, name + ".out"))
     err = read_text(os.path.join(record, name + ".err"))
     rc = read_text(os.path.join(record, name + ".rc")).strip()
     try:
         parsed = json.loads(out)
     except ValueError:
-        parsed = None
+        parsed = unparsed
     return out, err, int(rc) if rc.lstrip("-").isdigit() else None, parsed
 
 

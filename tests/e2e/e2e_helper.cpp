@@ -27,15 +27,12 @@
 
 namespace {
 
-struct KeyCloser {
-  void operator()(HKEY key) const { RegCloseKey(key); }
+template <auto Close>
+struct Closer {
+  void operator()(auto handle) const { Close(handle); }
 };
-using Key = std::unique_ptr<std::remove_pointer_t<HKEY>, KeyCloser>;
-
-struct HandleCloser {
-  void operator()(HANDLE handle) const { CloseHandle(handle); }
-};
-using Handle = std::unique_ptr<void, HandleCloser>;
+using Key = std::unique_ptr<std::remove_pointer_t<HKEY>, Closer<RegCloseKey>>;
+using Handle = std::unique_ptr<void, Closer<CloseHandle>>;
 
 Key OpenKey(HKEY parent, const wchar_t* name, DWORD options, REGSAM access) {
   HKEY h = nullptr;
@@ -76,28 +73,12 @@ std::wstring StringData(const std::vector<BYTE>& data) {
 }
 
 std::string DataText(DWORD type, const std::vector<BYTE>& data) {
-  switch (type) {
-    case REG_SZ:
-    case REG_EXPAND_SZ:
-    case REG_MULTI_SZ:
-    case REG_LINK:
-      return Field(StringData(data));
-    case REG_DWORD:
-      if (data.size() == 4) {
-        DWORD v;
-        memcpy(&v, data.data(), 4);
-        return std::to_string(v);
-      }
-      break;
-    case REG_QWORD:
-      if (data.size() == 8) {
-        unsigned long long v;
-        memcpy(&v, data.data(), 8);
-        return std::to_string(v);
-      }
-      break;
-    default:
-      break;
+  if (type == REG_SZ || type == REG_EXPAND_SZ || type == REG_MULTI_SZ || type == REG_LINK)
+    return Field(StringData(data));
+  if ((type == REG_DWORD && data.size() == 4) || (type == REG_QWORD && data.size() == 8)) {
+    unsigned long long v = 0;  // little-endian: the low bytes first
+    memcpy(&v, data.data(), data.size());
+    return std::to_string(v);
   }
   static const char kHex[] = "0123456789abcdef";
   std::string hex;

@@ -23,11 +23,6 @@ from footprint import ROOTS, changes, is_noise, load_snapshot, load_table, physi
 ALLOWED_NEW = {"explorer.exe", "conhost.exe", "varnel-e2e-helper.exe"}
 
 
-def run(record, name):
-    out, err, rc, parsed = cli_run(record, name)
-    return out, err, rc, {} if parsed is None else parsed
-
-
 def process_names(record, name):
     names = []
     for line in read_text(os.path.join(record, name + ".processes")).splitlines():
@@ -40,7 +35,7 @@ def process_names(record, name):
 # The samples of one quiet run were uninstalled, in the order given, and the tool had waited:
 # their programs were gone and nothing they started still ran when it returned.
 def check_quiet_run(checks, record, run_name, ids, names, folders, before):
-    out, err, rc, result = run(record, run_name)
+    out, err, rc, result = cli_run(record, run_name, {})
     checks.check(f"{run_name}: exit code 0", rc == 0, f"{rc} {err}")
     outcomes = [(p.get("name"), p.get("started"), p.get("exitCode"), p.get("stillListed"))
                 for p in result.get("programs", []) if not p.get("byScan")]
@@ -87,7 +82,7 @@ def present(snap, item):
 # gone, nothing that was there before it (Windows, the profile, the other samples) went,
 # and `restore latest` put back every item the tool deleted.
 def check_cleanup(checks, record, name):
-    out, err, rc, result = run(record, "notes")
+    out, err, rc, result = cli_run(record, "notes", {})
     leftovers = result.get("leftovers") or [{}]
     deleted = result.get("deleted") or {}
     checks.check("notes: leftovers found and deleted, backed up under an id",
@@ -107,7 +102,7 @@ def check_cleanup(checks, record, name):
     checks.check("notes: Windows, the profile and the other samples kept everything",
                  not lost, "\n".join(lost[:40]))
 
-    out, err, rc, restore = run(record, "restore")
+    out, err, rc, restore = cli_run(record, "restore", {})
     checks.check("restore latest: exit code 0, the notes backup, nothing failed",
                  rc == 0 and restore.get("id") == result.get("backup") and
                  not restore.get("failed"), f"{rc} {out} {err}")
@@ -136,12 +131,12 @@ def main():
     check_cleanup(checks, record, names["notes"])
     check_quiet_run(checks, record, "pair", ["sync", "ledger"], names, folders, before)
 
-    out, err, rc, _ = run(record, "stubborn")
+    out, err, rc, _ = cli_run(record, "stubborn", {})
     checks.check("stubborn: exit code 3, the uninstaller's own code, progress on stderr",
                  rc == 3 and "Stubborn Tool: still listed after its uninstaller ended "
                  "(exit code 5)\n" in out and "Standard Uninstall Stubborn Tool\n" in err,
                  f"{rc} {out} {err}")
-    out, err, rc, _ = run(record, "plain")
+    out, err, rc, _ = cli_run(record, "plain", {})
     checks.check("plain: exit code 1, skipped for want of a quiet form",
                  rc == 1 and "Plain Tool: skipped" in out, f"{rc} {out} {err}")
 
