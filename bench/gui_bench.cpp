@@ -8,10 +8,12 @@
 // ms (window to painted), the longest reply to a message until then (the list
 // being filled), the longest reply after it while the analysis pass ran (until
 // CACHE_FILE is written anew) with how many replies were timed, and the
-// pass's end as seen from here.
+// pass's end as seen from here, and the program's peak working set once the
+// pass is done.
 #include <windows.h>
 
 #include <commctrl.h>
+#include <psapi.h>
 
 #include <algorithm>
 #include <atomic>
@@ -110,6 +112,9 @@ int wmain(int argc, wchar_t** argv) {
   const auto passEnd = Clock::now();
   done = true;
   meter.join();
+  PROCESS_MEMORY_COUNTERS memory{};
+  memory.cb = sizeof memory;
+  const bool measured = GetProcessMemoryInfo(process.get(), &memory, sizeof memory);
   if (painted == Clock::time_point{}) {
     std::fprintf(stderr, "the list never showed %d painted rows\n", rows);
   } else {
@@ -118,8 +123,12 @@ int wmain(int argc, wchar_t** argv) {
         "during analysis %.1f ms (%d replies)",
         static_cast<unsigned>(listed), Ms(shown - start), Ms(painted - start), Ms(painted - shown),
         worstFilling, worst, samples);
-    if (cacheAfter == cacheBefore) std::printf(", analysis still running after 300 s\n");
-    else std::printf(", analysis done %.0f ms after start\n", Ms(passEnd - start));
+    if (cacheAfter == cacheBefore) std::printf(", analysis still running after 300 s");
+    else std::printf(", analysis done %.0f ms after start (%.0f ms after the window)",
+                     Ms(passEnd - start), Ms(passEnd - shown));
+    if (measured)
+      std::printf(", peak working set %.1f MB\n", memory.PeakWorkingSetSize / 1048576.0);
+    else std::printf(", peak working set unknown\n");
   }
   PostMessageW(main, WM_CLOSE, 0, 0);
   WaitForSingleObject(process.get(), 30000);

@@ -1,5 +1,6 @@
 // Inventory speed against a raw registry walk of the same keys, and the
-// analysis pass with a cold and a warm software cache.
+// analysis pass with a cold and a warm software cache as the console tool
+// runs it (no image lists); tools/bench-gui.sh has the window's.
 //
 //   varnel_inventory_bench [--entries N] [--rounds R] [--keep] [--reuse]
 //
@@ -212,8 +213,9 @@ int wmain(int argc, wchar_t** argv) {
   };
   double cold = Fastest(1, pass);
   double warm = Fastest(std::max(1, rounds / 2), pass);
-  std::printf("analysis: cold cache %.0f ms, warm cache %.0f ms, warm/cold %.2f\n", cold, warm,
-              warm / cold);
+  std::printf("analysis in the console tool: cold cache %.0f ms, warm cache %.0f ms, "
+              "warm/cold %.2f\n",
+              cold, warm, warm / cold);
 
   platform.files.RemoveFile(cache);
   if (teardown) Depopulate(platform, entries);

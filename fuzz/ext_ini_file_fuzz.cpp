@@ -1,10 +1,12 @@
-// Feeds arbitrary bytes to the ini reader as a file.
+// Feeds arbitrary bytes to the cache readers: the ini reader (as a file)
+// and the icon cache.
 #include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "inventory/icon_cache.h"
 #include "platform/memory/memory_platform.h"
 #include "base/ext_ini_file.h"
 
@@ -54,5 +56,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   Check(*machine);
   machine->system.ansiCodePage = 65001;
   Check(*machine);
+
+  // What the icon cache accepts it writes back in a form it reads the same.
+  varnel::IconCache icons;
+  if (icons.Decode({data, size})) {
+    const std::vector<std::uint8_t> again = icons.Encode();
+    varnel::IconCache copy;
+    if (!copy.Decode(again) || copy.Encode() != again) __builtin_trap();
+  }
   return 0;
 }

@@ -5,12 +5,14 @@
 #include <system_error>
 #include <thread>
 #include <utility>
+#include <vector>
 
 #include "core/app_frame.h"
 #include "base/date_time.h"
 #include "core/file_size.h"
 #include "core/uninstall_command.h"
 #include "inventory/folder_size.h"
+#include "inventory/icon_cache.h"
 #include "inventory/last_access.h"
 #include "inventory/program_icon.h"
 #include "inventory/record_commands.h"
@@ -23,6 +25,10 @@ namespace {
 
 constexpr auto kIdlePoll = std::chrono::milliseconds(100);
 constexpr auto kDrainSlice = std::chrono::milliseconds(5);
+// Records whose cached icons one hand-over restores: few enough that the
+// GUI thread stays responsive, many enough that a warm start is not a
+// thousand hand-overs.
+constexpr std::size_t kRestoreBatch = 64;
 
 // What the worker found for one record, handed to the GUI thread.
 struct Findings {
@@ -30,14 +36,16 @@ struct Findings {
   std::int64_t size = 0;
   ProgramIcon icon;
   IconHandle small, large;
+  std::vector<std::uint8_t> smallBits, largeBits;  // for the icon cache
   TDateTime installDate = 0;
   std::wstring installDateText;
   TDateTime lastAccess = 0;
 };
 
-bool IsComplete(const TSoftInfo& info) {
-  return !info.InstallLocation.empty() && info.Size > 0 && info.ImageIndex > 0 &&
-         info.InstallDate != 0;
+// Without image lists there is no image to wait for.
+bool IsComplete(const TSoftInfo& info, bool withImages) {
+  return !info.InstallLocation.empty() && info.Size > 0 &&
+         (!withImages || info.ImageIndex > 0) && info.InstallDate != 0;
 }
 
 }  // namespace
@@ -81,9 +89,16 @@ struct TAnalysisThread::Worker {
       try {
         TExtIniFile cache;
         cache.LoadFromFile(platform, cacheFile);
-        RunPass(cache);
+        IconCache icons;
+        const std::wstring iconFile = IconCacheFileFor(cacheFile);
+        if (view) {
+          icons.Load(platform.files, iconFile);
+          RestoreIcons(icons);
+        }
+        RunPass(cache, icons);
         // A cache that cannot be saved is only lost work.
         cache.SaveToFile(platform, cacheFile);
+        if (icons.Changed()) icons.Save(platform.files, iconFile);
       } catch (...) {
       }
       owner.finished_ = true;
@@ -91,7 +106,52 @@ struct TAnalysisThread::Worker {
     exited = true;
   }
 
-  void RunPass(TExtIniFile& cache) {
+  // Gives the records without an image their cached icons, a batch per
+  // hand-over, so that the pass finds them complete.
+  void RestoreIcons(const IconCache& icons) {
+    if (icons.Size() == 0) return;
+    struct Restored {
+      std::size_t index;
+      const TSoftInfo* record;
+      IconHandle small, large;
+    };
+    for (std::size_t first = 0; !Stopping(); first += kRestoreBatch) {
+      std::vector<std::pair<const TSoftInfo*, TSoftInfo>> batch;
+      const bool served = dispatcher.Invoke([&] {
+        for (std::size_t i = first; list && i < list->size() && i < first + kRestoreBatch; ++i) {
+          const TSoftInfo* record = (*list)[i].get();
+          batch.emplace_back(record, record ? *record : TSoftInfo{});
+        }
+      });
+      if (!served || batch.empty()) return;
+      std::vector<Restored> restored;
+      for (std::size_t k = 0; k < batch.size(); ++k) {
+        const auto& [record, copy] = batch[k];
+        if (!record || copy.Hidden || copy.ImageIndex != 0) continue;
+        const IconCache::Entry* entry = icons.Find(platform.system, copy);
+        if (!entry) continue;
+        Restored r{first + k, record, platform.shell.IconFromBits(entry->small),
+                   platform.shell.IconFromBits(entry->large)};
+        if (r.small && r.large) restored.push_back(std::move(r));
+      }
+      if (Stopping()) return;
+      if (!restored.empty()) {
+        dispatcher.Invoke([&] {
+          for (const Restored& r : restored) {
+            if (Stopping() || !list || r.index >= list->size() ||
+                (*list)[r.index].get() != r.record)
+              continue;
+            TSoftInfo& info = *(*list)[r.index];
+            if (info.ImageIndex != 0) continue;
+            info.ImageIndex = view->AddIcons(r.small, r.large);
+            view->UpdateRow(static_cast<int>(r.index), info);
+          }
+        });
+      }
+    }
+  }
+
+  void RunPass(TExtIniFile& cache, IconCache& icons) {
     TAppFrame frame(platform);
     const bool tracking = LastAccessTracking(platform);
     for (std::size_t i = 0; !Stopping(); ++i) {
@@ -107,11 +167,11 @@ struct TAnalysisThread::Worker {
         if (record) snapshot = *record;
       });
       if (!served || !inList) break;
-      if (!record || snapshot.Hidden || IsComplete(snapshot)) continue;
+      if (!record || snapshot.Hidden || IsComplete(snapshot, view != nullptr)) continue;
       try {
         Findings found = Analyse(frame, snapshot, tracking);
         if (Stopping()) break;
-        dispatcher.Invoke([&] { Update(i, record, found, cache); });
+        dispatcher.Invoke([&] { Update(i, record, found, cache, icons); });
       } catch (...) {
         // One record's failure leaves the others to do.
       }
@@ -134,6 +194,10 @@ struct TAnalysisThread::Worker {
         found.small.reset();
         found.large.reset();
       }
+      if (found.small && found.large) {
+        found.smallBits = platform.shell.IconBits(found.small);
+        found.largeBits = platform.shell.IconBits(found.large);
+      }
     }
     found.installDate = GetUninstallerFileDate(frame, info);
     if (found.installDate != 0)
@@ -143,18 +207,21 @@ struct TAnalysisThread::Worker {
     return found;
   }
 
-  // GUI thread, while the worker waits.
-  void Update(std::size_t i, const TSoftInfo* record, const Findings& found,
-              TExtIniFile& cache) {
+  // GUI thread, while the worker waits (so the icon cache is the GUI
+  // thread's for the while).
+  void Update(std::size_t i, const TSoftInfo* record, Findings& found, TExtIniFile& cache,
+              IconCache& icons) {
     if (Stopping()) return;
     // The list may have been rebuilt since the copy was taken.
     if (!list || i >= list->size() || (*list)[i].get() != record) return;
     TSoftInfo& info = *(*list)[i];
     const std::wstring& section = info.Name;
 
+    bool iconAdded = false;
     if (view && found.small && found.large) {
       const int index = view->AddIcons(found.small, found.large);
       if (info.ImageIndex == 0) info.ImageIndex = index;
+      iconAdded = true;
     }
     bool filled = false;
     if (info.Size == 0) {
@@ -193,6 +260,9 @@ struct TAnalysisThread::Worker {
                         CacheFingerprint(platform.system, info.InstallDateText,
                                          info.UninstallString));
     }
+    // Keyed by the fields as they now stand, as the cache section is.
+    if (iconAdded && !found.smallBits.empty() && !found.largeBits.empty())
+      icons.Store(platform.system, info, std::move(found.smallBits), std::move(found.largeBits));
     if (view) view->UpdateRow(static_cast<int>(i), info);
   }
 };

@@ -2,7 +2,9 @@
 
 #include <cstdint>
 #include <memory>
+#include <span>
 #include <string_view>
+#include <vector>
 
 namespace varnel {
 
@@ -28,6 +30,11 @@ class IShell {
   // negative index is a resource id). False, both empty, unless both exist.
   virtual bool ExtractIcons(std::wstring_view file, int index, IconHandle& small,
                             IconHandle& large) = 0;
+  // An icon's picture as bytes that IconFromBits turns back into the same
+  // icon, for keeping icons in a file; empty when it cannot be read.
+  virtual std::vector<std::uint8_t> IconBits(const IconHandle& icon) = 0;
+  // Null for bytes that IconBits did not make (they come from a file).
+  virtual IconHandle IconFromBits(std::span<const std::uint8_t> bits) = 0;
   // The shell's small icon for a file or folder, and its index in the system
   // image list (equal icons share an index); empty and -1 when there is none.
   virtual IconHandle SmallFileIcon(std::wstring_view path, int& systemIndex) = 0;

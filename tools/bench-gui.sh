@@ -5,11 +5,13 @@
 #
 # Makes a throwaway prefix, writes N synthetic Uninstall entries (a third each
 # in HKLM 64-bit, HKLM 32-bit and HKCU) with their program folders, then runs
-# varnel_gui_bench R times with a cold software cache (SoftwareCache.ini
-# deleted), then R times with the cache the last run left (warm). Each line gives
-# the time from process start to the visible main window and to the painted
-# list, the list's time after the window showed, and the GUI thread's longest
-# reply to a message while the list was filled and during the analysis pass.
+# varnel_gui_bench R times with cold caches (SoftwareCache.ini and the icon
+# cache deleted), then R times with the caches the last run left (warm). Each
+# line gives the time from process start to the visible main window and to the
+# painted list, the list's time after the window showed, the GUI thread's
+# longest reply to a message while the list was filled and during the analysis
+# pass, the pass's end, the program's peak working set and the machine's load;
+# the last lines set the fastest warm pass against the fastest cold one.
 # Runs on $DISPLAY when set, else on a private Xvfb server. Uses the Windows
 # build of the test command (build/bed-windows). A busy machine skews the
 # figures, so run it on an idle one.
@@ -102,17 +104,36 @@ cache_win="C:\\users\\$user\\AppData\\Roaming\\Varnel\\Varnel Uninstaller\\Softw
 cache_unix="$drive_c/users/$user/AppData/Roaming/Varnel/Varnel Uninstaller/SoftwareCache.ini"
 
 run() {
-  printf '%-5s ' "$1"
-  in_prefix 'C:\varnel_gui_bench.exe' 'C:\Program Files\Varnel Uninstaller\VarnelUninstaller.exe' \
-    "$entries" "$cache_win" | tr -d '\r'
+  local line
+  line=$(in_prefix 'C:\varnel_gui_bench.exe' 'C:\Program Files\Varnel Uninstaller\VarnelUninstaller.exe' \
+    "$entries" "$cache_win" | tr -d '\r')
+  printf '%-5s %s (load %s)\n' "$1" "$line" "$(cut -d' ' -f1-3 /proc/loadavg)"
+  results+=("$1 $line")
 }
 
 # An unreported first start: Wine's and the program's files then come from
 # the page cache in every timed run alike.
 in_prefix 'C:\varnel_gui_bench.exe' 'C:\Program Files\Varnel Uninstaller\VarnelUninstaller.exe' \
   "$entries" "$cache_win" >/dev/null
+results=()
 for _ in $(seq "$rounds"); do
-  rm -f "$cache_unix"
+  rm -f "$cache_unix" "$(dirname "$cache_unix")/SoftwareIcons.dat"
   run cold
 done
 for _ in $(seq "$rounds"); do run warm; done
+
+# The pass counts from the visible window: the start before it is the same
+# in both.
+fastest() {
+  printf '%s\n' "${results[@]}" | grep "^$1 " | grep -o '[0-9]* ms after the window' |
+    cut -d' ' -f1 | sort -n | head -n1
+}
+cold=$(fastest cold)
+warm=$(fastest warm)
+if [ -n "$cold" ] && [ -n "$warm" ] && [ "$cold" -gt 0 ]; then
+  awk -v c="$cold" -v w="$warm" \
+    'BEGIN { printf "analysis in the window: cold %d ms, warm %d ms, warm/cold %.2f\n", c, w, w / c }'
+fi
+peak=$(printf '%s\n' "${results[@]}" | grep -o 'peak working set [0-9.]*' | cut -d' ' -f4 |
+  sort -g | tail -n1)
+if [ -n "$peak" ]; then echo "peak working set, largest of the runs: $peak MB"; fi

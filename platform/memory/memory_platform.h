@@ -216,6 +216,9 @@ class MemoryShell final : public IShell {
   bool ExecuteAndWaitIdle(std::wstring_view verb, std::wstring_view file, int show) override;
   bool ExtractIcons(std::wstring_view file, int index, IconHandle& small,
                     IconHandle& large) override;
+  // The token's number in four bytes.
+  std::vector<std::uint8_t> IconBits(const IconHandle& icon) override;
+  IconHandle IconFromBits(std::span<const std::uint8_t> bits) override;
   // Paths with the same extension share a system index, as file types do.
   IconHandle SmallFileIcon(std::wstring_view path, int& systemIndex) override;
 

@@ -31,6 +31,19 @@ bool MemoryShell::ExtractIcons(std::wstring_view file, int index, IconHandle& sm
   return true;
 }
 
+std::vector<std::uint8_t> MemoryShell::IconBits(const IconHandle& icon) {
+  if (!icon) return {};
+  const auto token = static_cast<std::uint32_t>(*static_cast<const int*>(icon.get()));
+  return {static_cast<std::uint8_t>(token), static_cast<std::uint8_t>(token >> 8),
+          static_cast<std::uint8_t>(token >> 16), static_cast<std::uint8_t>(token >> 24)};
+}
+
+IconHandle MemoryShell::IconFromBits(std::span<const std::uint8_t> bits) {
+  if (bits.size() != 4) return nullptr;
+  return std::make_shared<int>(static_cast<int>(bits[0] | bits[1] << 8 | bits[2] << 16 |
+                                                static_cast<std::uint32_t>(bits[3]) << 24));
+}
+
 IconHandle MemoryShell::SmallFileIcon(std::wstring_view path, int& systemIndex) {
   systemIndex = -1;
   if (path.empty()) return nullptr;

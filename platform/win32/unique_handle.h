@@ -56,6 +56,8 @@ using UniqueHandle = UniqueAny<HANDLE, &CloseHandle>;
 using UniqueFile = UniqueAny<HANDLE, &CloseHandle, &detail::InvalidHandleValue>;
 using UniqueFind = UniqueAny<HANDLE, &FindClose, &detail::InvalidHandleValue>;
 using UniqueModule = UniqueAny<HMODULE, &FreeLibrary>;
+using UniqueBitmap = UniqueAny<HBITMAP, &DeleteObject>;
+using UniqueDc = UniqueAny<HDC, &DeleteDC>;
 
 template <typename Interface>
 void ReleaseInterface(Interface* p) {

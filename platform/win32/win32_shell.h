@@ -12,6 +12,8 @@ class Win32Shell final : public IShell {
   bool ExecuteAndWaitIdle(std::wstring_view verb, std::wstring_view file, int show) override;
   bool ExtractIcons(std::wstring_view file, int index, IconHandle& small,
                     IconHandle& large) override;
+  std::vector<std::uint8_t> IconBits(const IconHandle& icon) override;
+  IconHandle IconFromBits(std::span<const std::uint8_t> bits) override;
   IconHandle SmallFileIcon(std::wstring_view path, int& systemIndex) override;
 };
 

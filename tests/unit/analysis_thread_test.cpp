@@ -11,6 +11,7 @@
 #include "base/date_time.h"
 #include "base/text.h"
 #include "inventory/analysis_thread.h"
+#include "inventory/icon_cache.h"
 #include "inventory/software_cache.h"
 #include "platform/memory/memory_platform.h"
 #include "base/ext_ini_file.h"
@@ -185,6 +186,7 @@ TEST_F(AnalysisThreadTest, LastAccessDateFollowsTracking) {
 
   m.registry.SetDWord(RegRoot::LocalMachine, L"SYSTEM\\CurrentControlSet\\Control\\FileSystem",
                       L"NtfsDisableLastAccessUpdate", 1);
+  m.files.RemoveFile(kCacheFile);  // a finished record is not looked at again
   Restart();
   RunOnce(&view);
   EXPECT_EQ(list[0]->LastAccessDate, NowLocal(m.system));
@@ -217,21 +219,60 @@ TEST_F(AnalysisThreadTest, WithoutAViewRecordsAreFilledButNoIconExtracted) {
   EXPECT_EQ(m.shell.iconsExtracted, 0);
 }
 
-TEST_F(AnalysisThreadTest, ASecondStartIsServedFromTheCacheWithoutWalkingTheFolder) {
-  Add(L"Acme", L"", 80);
-  const auto before = m.files.ReadCalls();
-  RunOnce(&view);
-  const auto firstPass = m.files.ReadCalls() - before;
-  EXPECT_GT(firstPass, 80u);  // one listing per folder at least
-  const std::int64_t size = list[0]->Size;
+// A second start finds in the caches what the first found: no folder walk,
+// no icon extraction, and in the console tool (no image lists) a record is
+// finished without an image.
+TEST_F(AnalysisThreadTest, ASecondStartIsServedFromTheCaches) {
+  struct Case {
+    const char* what;
+    bool window;
+    std::function<void(mem::MemoryPlatform&)> between;
+    int extractedAgain;
+    std::uint64_t mostReads;  // the second pass's
+  };
+  const std::wstring icons = IconCacheFileFor(kCacheFile);
+  const Case cases[] = {
+      {"window", true, {}, 0, 2},
+      {"console", false, {}, 0, 1},
+      {"truncated icon cache", true,
+       [&](mem::MemoryPlatform& p) {
+         std::vector<std::uint8_t> bytes;
+         ASSERT_TRUE(p.files.ReadWholeFile(icons, bytes));
+         bytes.resize(bytes.size() - 1);
+         p.files.WriteWholeFile(icons, bytes);
+       },
+       1, 10},
+      {"icon bits the backend rejects", true,
+       [&](mem::MemoryPlatform& p) {
+         IconCache cache;
+         ASSERT_TRUE(cache.Load(p.files, icons));
+         const TSoftInfo& info = *list[0];
+         cache.Store(p.system, info, {1, 2, 3}, {4, 5, 6});
+         ASSERT_TRUE(cache.Save(p.files, icons));
+       },
+       1, 10},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.what);
+    m.files.RemoveFile(kCacheFile);
+    m.files.RemoveFile(icons);
+    list.clear();
+    Add(text::Widen(c.what), L"", 80);
+    RunOnce(c.window ? &view : nullptr);
+    const int extracted = m.shell.iconsExtracted;
+    const std::int64_t size = list[0]->Size;
+    if (c.between) c.between(m);
 
-  Restart();
-  EXPECT_EQ(list[0]->Size, size);
-  const auto again = m.files.ReadCalls();
-  RunOnce(&view);
-  EXPECT_LT(m.files.ReadCalls() - again, 20u);
-  EXPECT_EQ(list[0]->Size, size);
-  EXPECT_EQ(list[0]->ImageIndex, 2);  // icons are not cached: found again
+    Restart();
+    FakeView second;
+    const auto reads = m.files.ReadCalls();
+    RunOnce(c.window ? &second : nullptr);
+    EXPECT_LE(m.files.ReadCalls() - reads, c.mostReads);
+    EXPECT_EQ(list[0]->Size, size);
+    EXPECT_EQ(m.shell.iconsExtracted - extracted, c.extractedAgain);
+    EXPECT_EQ(list[0]->ImageIndex, c.window ? 1 : 0);
+    EXPECT_EQ(second.rows, c.window ? std::vector<int>{0} : std::vector<int>{});
+  }
 }
 
 TEST_F(AnalysisThreadTest, AChangedUninstallStringInvalidatesItsEntry) {
@@ -247,6 +288,7 @@ TEST_F(AnalysisThreadTest, AChangedUninstallStringInvalidatesItsEntry) {
   RunOnce(&view);
   EXPECT_GT(m.files.ReadCalls() - again, 80u);
   EXPECT_EQ(list[0]->Size, 1905);
+  EXPECT_EQ(m.shell.iconsExtracted, 2);  // its cached icon went with the entry
   EXPECT_EQ(LoadCache().ReadString(L"Acme", L"MD5", L""),
             CacheFingerprint(m.system, L"3/15/2010", moved));
 }
@@ -315,6 +357,12 @@ class HookedShell : public IShell {
   }
   IconHandle SmallFileIcon(std::wstring_view path, int& systemIndex) override {
     return inner_.SmallFileIcon(path, systemIndex);
+  }
+  std::vector<std::uint8_t> IconBits(const IconHandle& icon) override {
+    return inner_.IconBits(icon);
+  }
+  IconHandle IconFromBits(std::span<const std::uint8_t> bits) override {
+    return inner_.IconFromBits(bits);
   }
   std::function<void(std::wstring_view)> onExtract;
 

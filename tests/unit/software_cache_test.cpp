@@ -3,6 +3,7 @@
 #include <string>
 
 #include "base/date_time.h"
+#include "inventory/icon_cache.h"
 #include "inventory/software_cache.h"
 #include "platform/memory/memory_platform.h"
 #include "base/ext_ini_file.h"
@@ -149,6 +150,43 @@ TEST_F(ApplySoftwareCacheTest, MissingOrGarbledFileChangesNothing) {
   m.faults.Set(mem::Fault::FileRead);
   ApplySoftwareCache(m.Get(), list, kCacheFile);
   EXPECT_EQ(info.Size, 0);
+}
+
+// The icon cache is read whole or not at all: every way a file can be cut
+// short or lie about its lengths gives no entry.
+TEST(IconCacheTest, AFileThatIsNotWholeGivesNoEntry) {
+  mem::MemoryPlatform m;
+  TSoftInfo info;
+  info.Name = L"Acme";
+  IconCache cache;
+  cache.Store(m.system, info, {1, 2, 3, 4}, {5, 6, 7, 8});
+  const std::vector<std::uint8_t> whole = cache.Encode();
+  ASSERT_TRUE(cache.Decode(whole));
+  ASSERT_NE(cache.Find(m.system, info), nullptr);
+
+  auto with = [&](std::size_t at, std::uint8_t value) {
+    auto bytes = whole;
+    bytes[at] = value;
+    return bytes;
+  };
+  const std::size_t count = 8, nameLength = 12;
+  const struct {
+    const char* what;
+    std::vector<std::uint8_t> bytes;
+  } cases[] = {
+      {"empty", {}},
+      {"another magic", with(0, 'X')},
+      {"cut short", {whole.begin(), whole.end() - 1}},
+      {"a byte too many", [&] { auto b = whole; b.push_back(0); return b; }()},
+      {"more entries than bytes", with(count, 200)},
+      {"a length past the end", with(nameLength + 1, 0x40)},
+      {"text of an odd length", with(nameLength, 7)},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.what);
+    EXPECT_FALSE(cache.Decode(c.bytes));
+    EXPECT_EQ(cache.Find(m.system, info), nullptr);
+  }
 }
 
 }  // namespace
