@@ -87,7 +87,9 @@ bool IconCache::Save(IFileSystem& files, std::wstring_view file) const {
     files.RemoveFile(temporary);
     return false;
   }
-  files.RemoveFile(file);  // PENDING-REPLACE
+  // Between these two steps there is no file, never a part of one: a start
+  // then only extracts the icons again.
+  files.RemoveFile(file);
   if (files.MoveEntry(temporary, file)) return true;
   files.RemoveFile(temporary);
   return false;

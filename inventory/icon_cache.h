@@ -31,7 +31,7 @@ class IconCache {
   // is not whole and well-formed, gives none: false.
   bool Load(IFileSystem& files, std::wstring_view file);
   // Writes a temporary file beside `file` and puts it in its place, so that
-  // a failed write leaves the old file as it was.
+  // a failed write never leaves a part of a file.
   bool Save(IFileSystem& files, std::wstring_view file) const;
 
   // The entry of the record's section, when it still belongs to the record.

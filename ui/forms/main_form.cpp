@@ -108,7 +108,6 @@ void TUninstallForm_Main::CreateControls() {
 
   small_ = controls::ImageList(1, 1);
   large_ = controls::ImageList(1, 1);
-  big48_ = controls::ImageList(1, 1);
   SizeImageLists();
   // What the list adds to the images' height for a row, measured while it
   // has no groups yet (a row outside every group would not show).

@@ -127,7 +127,7 @@ class TUninstallForm_Main : public controls::BaseWindow, public IInventoryView {
   controls::Button uninstall_, batch_, forceUninstall_, more_;
   controls::Label detailsIcon_, detailsName_, versionTitle_, version_, publisherTitle_,
       publisher_, helpTitle_, help_, detailsIdle_, bottomInfo_;
-  controls::ImageList small_, large_, big48_;
+  controls::ImageList small_, large_;
   int rowPadding_ = 0;  // what the list adds to the small images' height
   controls::UniquePen gridPen_;
   controls::UniqueHicon detailsIconHandle_;

@@ -76,8 +76,8 @@ void TUninstallForm_Main::OnDpiChanged(UINT dpi, const RECT& suggested) {
   ApplyDpi();
 }
 
-// Every image again at the window's DPI (16, 32 and 48 pixels at 100 %),
-// drawn from the large list; image 0 stands for a program whose own icon is
+// Every image again at the window's DPI (16 and 32 pixels at 100 %), drawn
+// from the large list; image 0 stands for a program whose own icon is
 // not known (yet). The small images' cells are as tall as a row should be,
 // less what the list adds.
 void TUninstallForm_Main::SizeImageLists() {
@@ -87,11 +87,9 @@ void TUninstallForm_Main::SizeImageLists() {
   const int icon = controls::Scale(16, dpi_);
   small_.Resize(icon, std::max(icon, controls::Scale(kRowHeight, dpi_) - rowPadding_), icon);
   large_.Resize(controls::Scale(32, dpi_), controls::Scale(32, dpi_));
-  big48_.Resize(controls::Scale(48, dpi_), controls::Scale(48, dpi_));
   for (const controls::UniqueHicon& each : icons) {
     small_.Add(each.get());
     large_.Add(each.get());
-    big48_.Add(each.get());
   }
   // The list measures its rows anew when it is given its lists.
   list_.SetImageList(small_.Handle(), LVSIL_SMALL);

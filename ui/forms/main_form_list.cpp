@@ -4,6 +4,7 @@
 
 #include "base/date_time.h"
 #include "base/text.h"
+#include "controls/dpi.h"
 #include "ui/forms/main_form_ids.h"
 #include "ui/row_compare.h"
 #include "ui/row_details.h"
@@ -144,7 +145,6 @@ LRESULT TUninstallForm_Main::DrawGrid(NMLVCUSTOMDRAW& draw) {
 int TUninstallForm_Main::AddIcons(const IconHandle& small, const IconHandle& large) {
   small_.Add(IconOf(small));
   large_.Add(IconOf(large));
-  big48_.Add(IconOf(large));
   return small_.Count() - 1;
 }
 
@@ -174,7 +174,15 @@ void TUninstallForm_Main::UpdateDetails() {
   publisher_.Show(d.showPublisher);
   helpTitle_.Show(d.showHelpInfo);
   help_.Show(d.showHelpInfo);
-  controls::UniqueHicon icon = d.idlePicture ? controls::UniqueHicon() : big48_.Icon(d.image);
+  // The one program shown gets its 48-pixel icon from the large image: a
+  // third list with every program's icon at that size cost more memory than
+  // the rest of the window.
+  controls::UniqueHicon icon;
+  if (!d.idlePicture) {
+    const controls::UniqueHicon large = large_.Icon(d.image);
+    const int side = controls::Scale(48, dpi_);
+    if (large) icon.reset(static_cast<HICON>(CopyImage(large.get(), IMAGE_ICON, side, side, 0)));
+  }
   detailsIcon_.SetIcon(icon.get());
   detailsIconHandle_ = std::move(icon);
 }
