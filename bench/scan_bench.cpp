@@ -218,7 +218,7 @@ int wmain(int argc, wchar_t** argv) {
                                platform.shell,   platform.windows,   platform.processes,
                                platform.restorePoints};
       auto start = Clock::now();
-      varnel::ScanReads reads(limited);
+      varnel::ScanReads reads(limited, {});
       reads.Machine().registry.KeyExists(varnel::RegRoot::LocalMachine, kClasses, true);
       std::printf("copy of the walked trees by %d readers: %.0f ms\n", readers,
                   Ms(Clock::now() - start));
@@ -261,12 +261,15 @@ int wmain(int argc, wchar_t** argv) {
     // Where a batch's time goes: the copy of the walked trees, the rest.
     start = Clock::now();
     {
-      varnel::ScanReads reads(platform);
+      varnel::ScanReads reads(platform, {});
       reads.Machine().registry.KeyExists(varnel::RegRoot::LocalMachine, kClasses, true);
       copy = std::min(copy, Ms(Clock::now() - start));
     }
 
     start = Clock::now();
+    std::vector<int> together(kBatch);
+    for (int i = 0; i < kBatch; ++i) together[i] = i;
+    driver.SetScannedTogether(together);
     driver.BeginBatch();
     driver.Collect(list, 0, L"", nullptr);
     auto first = Clock::now();

@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <atomic>
+#include <chrono>
 #include <exception>
 #include <optional>
+#include <stdexcept>
 #include <thread>
 
 #include "base/text.h"
@@ -29,13 +31,16 @@ bool Inside(const std::wstring& id, const std::wstring& tree) {
 }
 
 // Runs body(i) for every i below count on up to `threads` threads, the
-// calling one included; the first exception is thrown again once all ended.
+// calling one included unless `wait` is given and a reader started: then the
+// caller only waits, calling `wait` until the readers are done, and a false
+// from it ends the copy. The first exception is thrown again once all ended.
 template <typename Body>
 void ForEachParallel(std::size_t count, int threads, const RegistrySnapshot::ThreadStarter& start,
-                     Body body) {
+                     const std::function<bool()>& wait, Body body) {
   std::atomic<std::size_t> next{0};
   std::exception_ptr failure;
   std::atomic<bool> failed{false};
+  std::atomic<std::size_t> working{0};
   auto work = [&] {
     for (std::size_t i; !failed && (i = next++) < count;) {
       try {
@@ -44,6 +49,7 @@ void ForEachParallel(std::size_t count, int threads, const RegistrySnapshot::Thr
         if (!failed.exchange(true)) failure = std::current_exception();
       }
     }
+    --working;
   };
   std::size_t helpers = std::min<std::size_t>(count, std::max(threads, 1)) - (count > 0 ? 1 : 0);
   // A joinable thread destroyed ends the program, so every reader started is
@@ -55,14 +61,28 @@ void ForEachParallel(std::size_t count, int threads, const RegistrySnapshot::Thr
     helpers = 0;
   }
   for (std::size_t t = 0; t < helpers; ++t) {
+    ++working;
     try {
       std::thread reader = start ? start(work) : std::thread(work);
-      if (reader.joinable()) pool.push_back(std::move(reader));
+      if (reader.joinable()) {
+        pool.push_back(std::move(reader));
+        continue;
+      }
     } catch (...) {
-      break;
     }
+    --working;
+    break;
   }
-  work();
+  if (wait && !pool.empty()) {
+    do {
+      if (!wait() && !failed.exchange(true))
+        failure = std::make_exception_ptr(std::runtime_error("registry copy abandoned"));
+      std::this_thread::sleep_for(std::chrono::milliseconds(15));
+    } while (working > 0);
+  } else {
+    ++working;
+    work();
+  }
   for (auto& thread : pool) thread.join();
   if (failure) std::rethrow_exception(failure);
 }
@@ -130,7 +150,8 @@ void RegistrySnapshot::Capture(const std::vector<Tree>& trees) {
     // Level by level, so the threads start once per depth, not once per key.
     for (std::size_t depth = 0; !level.empty(); ++depth) {
       std::vector<std::optional<Node>> read(level.size());
-      ForEachParallel(level.size(), live_.ConcurrentReaders(), startThread_, [&](std::size_t i) {
+      ForEachParallel(level.size(), live_.ConcurrentReaders(), startThread_, wait_,
+                      [&](std::size_t i) {
         auto key = live_.OpenKey(level[i].root, level[i].path, RegAccess::Read, level[i].use64);
         if (key) read[i] = Node{key->SubKeyNames(), key->Values()};
       });

@@ -41,6 +41,10 @@ class RegistrySnapshot final : public IRegistry {
   // the copy after every reader stopped, leaves these trees to the live
   // registry and is thrown again.
   void Capture(const std::vector<Tree>& trees);
+  // For a copy taken on a window's thread: while readers copy, the caller
+  // only calls `wait` (every few ms; it may serve the window's messages), and
+  // a false from it abandons the copy as a failed read does.
+  void SetWaitStep(std::function<bool()> wait) { wait_ = std::move(wait); }
 
   std::unique_ptr<IRegistryKey> OpenKey(RegRoot root, std::wstring_view path, RegAccess access,
                                         bool use64) override;
@@ -61,6 +65,7 @@ class RegistrySnapshot final : public IRegistry {
 
   IRegistry& live_;
   ThreadStarter startThread_;
+  std::function<bool()> wait_;
   std::vector<std::wstring> trees_;  // ids of the copied tree roots
   std::unordered_map<std::wstring, Node> nodes_;
   // Keys copied without the keys below them: registry links can nest a key

@@ -39,6 +39,16 @@ ScanDriver::ScanDriver(const Platform& platform, const TFilterManage& filter,
                        TRegeditScanClasses::MessageStep processMessages)
     : platform_(platform), filter_(filter), processMessages_(std::move(processMessages)) {}
 
+void ScanDriver::BeginBatch() {
+  if (together_.size() < 2) return;
+  // The copy is taken inside the first scan, on the window's thread: the
+  // window stays served and Stop ends the copy, the scan going on live.
+  batch_ = std::make_unique<ScanReads>(platform_, [this] {
+    if (processMessages_) processMessages_();
+    return !stop_;
+  });
+}
+
 void ScanDriver::Stop() {
   stop_ = true;
   if (active_) active_->Stop();

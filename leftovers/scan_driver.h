@@ -37,10 +37,11 @@ class ScanDriver {
   // Indexes of the list scanned in this run besides the one at hand (a
   // batch): their folders are not other programs'.
   void SetScannedTogether(std::vector<int> indexes) { together_ = std::move(indexes); }
-  // The scans up to EndBatch read the registry trees and folders they walk
-  // once, at the first of them. A lone scan reads only what it needs, live:
-  // the copy reads every key whole and costs a raw walk of the trees.
-  void BeginBatch() { batch_ = std::make_unique<ScanReads>(platform_); }
+  // When more than one program is scanned together, the scans up to EndBatch
+  // read the registry trees and folders they walk once, at the first of them.
+  // A lone scan reads only what it needs, live: the copy reads every key
+  // whole and costs about a raw walk of the trees.
+  void BeginBatch();
   void EndBatch() { batch_.reset(); }
 
   // Each holds one "%d"; the language table supplies them.

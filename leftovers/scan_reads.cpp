@@ -25,7 +25,9 @@ std::vector<RegistrySnapshot::Tree> WalkedTrees(bool use64) {
 // 64-bit programs never copies the 32-bit trees.
 class ScanReads::Registry final : public IRegistry {
  public:
-  explicit Registry(IRegistry& live) : live_(live), copy_(live) {}
+  Registry(IRegistry& live, std::function<bool()> wait) : live_(live), copy_(live) {
+    copy_.SetWaitStep(std::move(wait));
+  }
 
   std::unique_ptr<IRegistryKey> OpenKey(RegRoot root, std::wstring_view path, RegAccess access,
                                         bool use64) override {
@@ -63,8 +65,8 @@ class ScanReads::Registry final : public IRegistry {
   bool copied_[2] = {false, false};
 };
 
-ScanReads::ScanReads(const Platform& live)
-    : registry_(std::make_unique<Registry>(live.registry)),
+ScanReads::ScanReads(const Platform& live, std::function<bool()> wait)
+    : registry_(std::make_unique<Registry>(live.registry, std::move(wait))),
       files_(live.files),
       platform_{*registry_,    files_, live.system, live.shell, live.windows, live.processes,
                 live.restorePoints} {}

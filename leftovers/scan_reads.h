@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 
 #include "core/folder_listing_cache.h"
@@ -14,7 +15,8 @@ namespace varnel {
 // Deletions never go through it: drop it once the batch's scans ended.
 class ScanReads {
  public:
-  explicit ScanReads(const Platform& live);
+  // `wait` is called while readers copy; a false from it abandons the copy.
+  ScanReads(const Platform& live, std::function<bool()> wait);
   ~ScanReads();
   ScanReads(const ScanReads&) = delete;
   ScanReads& operator=(const ScanReads&) = delete;

@@ -261,7 +261,8 @@ TEST_F(ScanDriverTest, TheScansOfABatchListTheWalkedTreesAndFoldersOnce) {
   };
   for (bool batch : {true, false}) {
     SCOPED_TRACE(batch ? "batch" : "lone scans");
-    if (batch) driver.BeginBatch();
+    driver.SetScannedTogether(batch ? std::vector<int>{0, 1} : std::vector<int>{0});
+    driver.BeginBatch();
     const auto first = captions(driver.Collect(list, 0, L"", nullptr));
     ASSERT_EQ(first.size(), 6u);  // service, its value, folder, file, AppData folder, its file
     w.m.faults.Set(mem::Fault::RegEnumKeys);

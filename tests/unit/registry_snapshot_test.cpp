@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <mutex>
 #include <stdexcept>
 #include <system_error>
@@ -166,10 +167,13 @@ TEST_F(RegistrySnapshotTest, ReadersThatCannotStartOrFailLeaveACorrectAnswer) {
     const char* name;
     int threadsAvailable;  // -1: any number
     const wchar_t* poison;
+    int waiting = 0;  // the caller waits: 1 going on, 2 abandoning the copy
   } cases[] = {
       {"no thread at all", 0, L""},
       {"fewer threads than wanted", 2, L""},
       {"a read throws", -1, L"Software\\Vendors\\V7\\App2"},
+      {"a waiting caller", -1, L"", 1},
+      {"a waiting caller abandons", -1, L"", 2},
   };
   const auto live = Walk(reg, false);
   for (const auto& c : cases) {
@@ -183,16 +187,20 @@ TEST_F(RegistrySnapshotTest, ReadersThatCannotStartOrFailLeaveACorrectAnswer) {
       ++started;
       return std::thread(std::move(work));
     });
-    if (*c.poison) {
+    std::atomic<int> waits{0};
+    if (c.waiting) copy.SetWaitStep([&] { return ++waits, c.waiting == 1; });
+    const bool fails = *c.poison || c.waiting == 2;
+    if (fails) {
       EXPECT_THROW(copy.Capture({{kMachine, L"Software\\Vendors", false}}), std::runtime_error);
       shared.poison.clear();
     } else {
       copy.Capture({{kMachine, L"Software\\Vendors", false}});
     }
+    EXPECT_EQ(waits > 0, c.waiting != 0);
     // Changed after the copy: only a failed copy may see it.
     reg.SetString(kMachine, L"Software\\Vendors\\V1", L"Later", L"x", false);
-    EXPECT_EQ(Walk(copy, false) == Walk(reg, false), *c.poison != 0);
-    if (!*c.poison) {
+    EXPECT_EQ(Walk(copy, false) == Walk(reg, false), fails);
+    if (!fails) {
       EXPECT_EQ(Walk(copy, false), live);
     }
     reg.OpenKey(kMachine, L"Software\\Vendors\\V1", RegAccess::Write, false)->DeleteValue(L"Later");
