@@ -66,9 +66,12 @@ int WINAPI wWinMain(HINSTANCE, HINSTANCE, PWSTR, int) {
     main.SetPeers(uninstalling, force, scan, logs);
     uninstalling.SetResultsWindow(&scan);
     main.Show();
-    app.Run(main.Handle());
+    code = app.Run(main.Handle());
   } catch (...) {
-    code = 0;
+    // The windows could not be made, or something escaped the loop.
+    code = 1;
+    varnel::win32::Win32Platform machine;
+    varnel::forms::ReportToErrorLog(machine.Get(), std::current_exception());
   }
   if (SUCCEEDED(com)) CoUninitialize();
   return code;

@@ -304,4 +304,14 @@ void TExtIniFile::Clear() {
   sections_->list.clear();
 }
 
+bool UpdateIniFile(const Platform& platform, std::wstring_view fileName,
+                   const std::function<void(TExtIniFile&)>& change) {
+  return UpdateTextFile(platform, fileName, [&change](std::wstring& text) {
+    TExtIniFile ini;
+    ini.LoadFromText(text);
+    change(ini);
+    text = ini.ToText();
+  });
+}
+
 }  // namespace varnel

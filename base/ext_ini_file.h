@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -66,5 +67,10 @@ class TExtIniFile {
   struct Sections;
   std::unique_ptr<Sections> sections_;
 };
+
+// Loads the file, lets `change` edit it and saves it, under the rules of
+// UpdateTextFile: a file that exists but cannot be read is not saved over.
+bool UpdateIniFile(const Platform& platform, std::wstring_view fileName,
+                   const std::function<void(TExtIniFile&)>& change);
 
 }  // namespace varnel

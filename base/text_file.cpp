@@ -1,6 +1,7 @@
 #include "base/text_file.h"
 
 #include <algorithm>
+#include <string>
 
 #include "base/text.h"
 
@@ -84,7 +85,20 @@ bool ReadTextFile(const Platform& platform, std::wstring_view path, std::wstring
 }
 
 bool WriteTextFile(IFileSystem& files, std::wstring_view path, std::wstring_view text) {
-  return files.WriteWholeFile(path, EncodeUtf8WithBom(text));
+  const std::wstring temporary = std::wstring(path) + L".tmp";
+  if (files.WriteWholeFile(temporary, EncodeUtf8WithBom(text)) &&
+      files.ReplaceEntry(temporary, path))
+    return true;
+  files.RemoveFile(temporary);
+  return false;
+}
+
+bool UpdateTextFile(const Platform& platform, std::wstring_view path,
+                    const std::function<void(std::wstring&)>& change) {
+  std::wstring text;
+  if (!ReadTextFile(platform, path, text) && platform.files.FileExists(path)) return false;
+  change(text);
+  return WriteTextFile(platform.files, path, text);
 }
 
 }  // namespace varnel

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -27,6 +28,14 @@ std::vector<std::wstring_view> SplitLines(std::wstring_view text);
 
 // False, text empty, when the file cannot be read.
 bool ReadTextFile(const Platform& platform, std::wstring_view path, std::wstring& text);
+// Written beside the file ("<path>.tmp") and moved into its place, so a
+// crash or a full disk leaves the old file whole.
 bool WriteTextFile(IFileSystem& files, std::wstring_view path, std::wstring_view text);
+// Reads the file (empty text when there is none), lets `change` edit the
+// text and writes it back. A file that exists but cannot be read, say while
+// another process writes it, is left alone and the result is false: writing
+// the change alone would drop the rest.
+bool UpdateTextFile(const Platform& platform, std::wstring_view path,
+                    const std::function<void(std::wstring&)>& change);
 
 }  // namespace varnel

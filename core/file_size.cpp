@@ -17,6 +17,10 @@ std::wstring Hundredths(std::int64_t bytes, std::int64_t unit, wchar_t separator
 
 }  // namespace
 
+std::int64_t PlausibleSize(std::int64_t bytes) {
+  return bytes >= 0 && bytes <= kLargestProgramSize ? bytes : 0;
+}
+
 std::wstring FormatFileSize(std::int64_t bytes, wchar_t decimalSeparator) {
   constexpr std::int64_t kKilo = 1024;
   constexpr std::int64_t kMega = kKilo * 1024;

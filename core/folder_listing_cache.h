@@ -49,6 +49,9 @@ class FolderListingCache final : public IFileSystem {
   bool MoveEntry(std::wstring_view from, std::wstring_view to) override {
     return Changed(live_.MoveEntry(from, to));
   }
+  bool ReplaceEntry(std::wstring_view from, std::wstring_view to) override {
+    return Changed(live_.ReplaceEntry(from, to));
+  }
   std::wstring LongPathName(std::wstring_view path) override { return live_.LongPathName(path); }
   std::wstring ShortPathName(std::wstring_view path) override {
     return live_.ShortPathName(path);

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "core/registry_location.h"
+#include "core/registry_values.h"
 
 namespace varnel {
 
@@ -31,13 +32,7 @@ std::int64_t ReadRegistryInteger(IRegistry& registry, std::wstring_view rootName
                                  std::wstring_view key, std::wstring_view valueName, bool use64) {
   const auto k = registry.OpenKey(ExactRoot(rootName), key, RegAccess::Read, use64);
   if (!k) return 0;
-  const auto value = k->ReadValue(valueName);
-  if (!value || value->type != RegType::DWord || value->data.size() < 4) return 0;
-  const std::uint32_t raw = static_cast<std::uint32_t>(value->data[0]) |
-                            (static_cast<std::uint32_t>(value->data[1]) << 8) |
-                            (static_cast<std::uint32_t>(value->data[2]) << 16) |
-                            (static_cast<std::uint32_t>(value->data[3]) << 24);
-  return static_cast<std::int32_t>(raw);
+  return ReadKeyInteger(*k, valueName);
 }
 
 bool DeleteRegistryKeyByName(IRegistry& registry, std::wstring_view rootName,

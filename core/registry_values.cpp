@@ -14,13 +14,13 @@ std::wstring ReadKeyString(const IRegistryKey& key, std::wstring_view valueName)
 }
 
 std::int64_t ReadKeyInteger(const IRegistryKey& key, std::wstring_view valueName) {
-  auto value = key.ReadValue(valueName);
-  if (!value) return 0;
-  std::size_t width = value->type == RegType::DWord ? 4 : value->type == RegType::QWord ? 8 : 0;
-  if (width == 0 || value->data.size() < width) return 0;
-  std::uint64_t raw = 0;
-  for (std::size_t i = width; i-- > 0;) raw = (raw << 8) | value->data[i];
-  return static_cast<std::int64_t>(raw);
+  const auto value = key.ReadValue(valueName);
+  if (!value || value->type != RegType::DWord || value->data.size() < 4) return 0;
+  const std::uint32_t raw = static_cast<std::uint32_t>(value->data[0]) |
+                            (static_cast<std::uint32_t>(value->data[1]) << 8) |
+                            (static_cast<std::uint32_t>(value->data[2]) << 16) |
+                            (static_cast<std::uint32_t>(value->data[3]) << 24);
+  return static_cast<std::int32_t>(raw);
 }
 
 std::wstring ReadRegistryString(IRegistry& registry, std::wstring_view rootName,

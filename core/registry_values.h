@@ -11,8 +11,8 @@ namespace varnel {
 // A REG_SZ or REG_EXPAND_SZ value as stored (not expanded); empty for a
 // missing value or any other type.
 std::wstring ReadKeyString(const IRegistryKey& key, std::wstring_view valueName);
-// A REG_DWORD (unsigned) or REG_QWORD value; 0 for a missing value or any
-// other type.
+// A REG_DWORD value as a 32-bit integer widened with sign; 0 for a missing
+// value or any other type, REG_QWORD included.
 std::int64_t ReadKeyInteger(const IRegistryKey& key, std::wstring_view valueName);
 
 // The same by root name (ignoring case), key path and view; empty or 0 when

@@ -1,6 +1,7 @@
 #include "inventory/analysis_thread.h"
 
 #include <condition_variable>
+#include <exception>
 #include <mutex>
 #include <system_error>
 #include <thread>
@@ -52,13 +53,18 @@ bool IsComplete(const TSoftInfo& info, bool withImages) {
 
 struct TAnalysisThread::Worker {
   Worker(TAnalysisThread& owner, const Platform& platform, GuiDispatcher& dispatcher,
-         std::wstring cacheFile)
-      : owner(owner), platform(platform), dispatcher(dispatcher), cacheFile(std::move(cacheFile)) {}
+         std::wstring cacheFile, ErrorHandler onError)
+      : owner(owner),
+        platform(platform),
+        dispatcher(dispatcher),
+        cacheFile(std::move(cacheFile)),
+        onError(std::move(onError)) {}
 
   TAnalysisThread& owner;
   const Platform platform;
   GuiDispatcher& dispatcher;
   const std::wstring cacheFile;
+  const ErrorHandler onError;
   // Set before Start; the records and the view are touched on the GUI thread only.
   IInventoryView* view = nullptr;
   SoftList* list = nullptr;
@@ -85,21 +91,26 @@ struct TAnalysisThread::Worker {
       }
       if (terminated) break;
       if (owner.finished_) continue;
-      owner.stop_ = false;
+      // Only what this pass finds; it goes into the file as the file stands
+      // at the end, so nothing another process wrote meanwhile is lost.
+      TExtIniFile found;
       try {
-        TExtIniFile cache;
-        cache.LoadFromFile(platform, cacheFile);
         IconCache icons;
         const std::wstring iconFile = IconCacheFileFor(cacheFile);
         if (view) {
           icons.Load(platform.files, iconFile);
           RestoreIcons(icons);
         }
-        RunPass(cache, icons);
-        // A cache that cannot be saved is only lost work.
-        cache.SaveToFile(platform, cacheFile);
+        RunPass(found, icons);
         if (icons.Changed()) icons.Save(platform.files, iconFile);
       } catch (...) {
+        Report(std::current_exception());
+      }
+      try {
+        // A cache that cannot be saved is only lost work.
+        SaveSoftwareCache(platform, cacheFile, found);
+      } catch (...) {
+        Report(std::current_exception());
       }
       owner.finished_ = true;
     }
@@ -151,31 +162,50 @@ struct TAnalysisThread::Worker {
     }
   }
 
+  // The application's handler, on the GUI thread like every other report.
+  void Report(std::exception_ptr error) noexcept {
+    if (!onError) return;
+    try {
+      dispatcher.Invoke([&] { onError(error); });
+    } catch (...) {
+      // The handler itself failed: there is nowhere further to report to.
+    }
+  }
+
   void RunPass(TExtIniFile& cache, IconCache& icons) {
     TAppFrame frame(platform);
     const bool tracking = LastAccessTracking(platform);
-    for (std::size_t i = 0; !Stopping(); ++i) {
-      // A copy taken on the GUI thread: the worker never reads a record the
-      // GUI thread may be changing.
-      bool inList = false;
-      const TSoftInfo* record = nullptr;
-      TSoftInfo snapshot;
-      const bool served = dispatcher.Invoke([&] {
-        if (!list || i >= list->size()) return;
-        inList = true;
-        record = (*list)[i].get();
-        if (record) snapshot = *record;
-      });
-      if (!served || !inList) break;
-      if (!record || snapshot.Hidden || IsComplete(snapshot, view != nullptr)) continue;
+    bool more = true;
+    for (std::size_t i = 0; more && !Stopping(); ++i) {
       try {
-        Findings found = Analyse(frame, snapshot, tracking);
-        if (Stopping()) break;
-        dispatcher.Invoke([&] { Update(i, record, found, cache, icons); });
+        more = AnalyseRecord(i, frame, tracking, cache, icons);
       } catch (...) {
         // One record's failure leaves the others to do.
+        Report(std::current_exception());
       }
     }
+  }
+
+  // False when there is no record i or the GUI thread serves no more.
+  bool AnalyseRecord(std::size_t i, const TAppFrame& frame, bool tracking, TExtIniFile& cache,
+                     IconCache& icons) {
+    // A copy taken on the GUI thread: the worker never reads a record the
+    // GUI thread may be changing.
+    bool inList = false;
+    const TSoftInfo* record = nullptr;
+    TSoftInfo snapshot;
+    const bool served = dispatcher.Invoke([&] {
+      if (!list || i >= list->size()) return;
+      inList = true;
+      record = (*list)[i].get();
+      if (record) snapshot = *record;
+    });
+    if (!served || !inList) return false;
+    if (!record || snapshot.Hidden || IsComplete(snapshot, view != nullptr)) return true;
+    Findings found = Analyse(frame, snapshot, tracking);
+    if (Stopping()) return false;
+    dispatcher.Invoke([&] { Update(i, record, found, cache, icons); });
+    return true;
   }
 
   Findings Analyse(const TAppFrame& frame, const TSoftInfo& info, bool tracking) {
@@ -268,8 +298,9 @@ struct TAnalysisThread::Worker {
 };
 
 TAnalysisThread::TAnalysisThread(const Platform& platform, GuiDispatcher& dispatcher,
-                                 std::wstring cacheFile)
-    : worker_(std::make_unique<Worker>(*this, platform, dispatcher, std::move(cacheFile))) {}
+                                 std::wstring cacheFile, ErrorHandler onError)
+    : worker_(std::make_unique<Worker>(*this, platform, dispatcher, std::move(cacheFile),
+                                       std::move(onError))) {}
 
 TAnalysisThread::~TAnalysisThread() {
   Worker& w = *worker_;
@@ -300,6 +331,9 @@ void TAnalysisThread::Start() {
 }
 
 void TAnalysisThread::RunPass() {
+  // Cleared here, not when the worker wakes, so that a stop asked for in
+  // between still ends this pass.
+  stop_ = false;
   finished_ = false;
   worker_->Wake();
 }

@@ -1,6 +1,8 @@
 #pragma once
 
 #include <atomic>
+#include <exception>
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -16,7 +18,12 @@ namespace varnel {
 // Every change to a record happens on the GUI thread, through the dispatcher.
 class TAnalysisThread {
  public:
-  TAnalysisThread(const Platform& platform, GuiDispatcher& dispatcher, std::wstring cacheFile);
+  // Where a failure of the pass or of one record goes; called on the GUI
+  // thread. The pass goes on after a record's failure.
+  using ErrorHandler = std::function<void(std::exception_ptr)>;
+
+  TAnalysisThread(const Platform& platform, GuiDispatcher& dispatcher, std::wstring cacheFile,
+                  ErrorHandler onError = {});
   // Stops a pass in progress and waits for the thread, serving its
   // hand-overs meanwhile; the cache of the records already done is saved.
   ~TAnalysisThread();
@@ -28,9 +35,10 @@ class TAnalysisThread {
   void SetJobs(IInventoryView* view, SoftList* list);
   // Starts the thread, idle until RunPass.
   void Start();
-  // Clears "finished": the thread runs one pass over the list.
+  // Clears "stop" and "finished": the thread runs one pass over the list.
   void RunPass();
-  // Sets "stop": the pass ends after the record in hand, its row unpainted.
+  // Sets "stop": the pass ends after the record in hand, its row unpainted;
+  // a pass asked for but not begun yet ends at once.
   void RequestStop();
   bool Finished() const { return finished_; }
   bool Running() const;

@@ -51,7 +51,7 @@ void ApplySoftwareCache(const Platform& platform, SoftList& list, std::wstring_v
         info.InstallDate = 0;
       }
     }
-    if (info.Size == 0) info.Size = cache.ReadInt64(section, cache_key::Size, 0);
+    if (info.Size == 0) info.Size = PlausibleSize(cache.ReadInt64(section, cache_key::Size, 0));
     info.SizeText = FormatFileSize(system, info.Size);
     if (info.DisplayIcon.empty()) {
       info.DisplayIcon = cache.ReadString(section, cache_key::DisplayIcon, L"");
@@ -61,6 +61,17 @@ void ApplySoftwareCache(const Platform& platform, SoftList& list, std::wstring_v
       info.InstallLocation = cache.ReadString(section, cache_key::Location, L"");
     info.LastAccessDate = cache.ReadFloat(section, cache_key::LastAccessDate, now);
   }
+}
+
+bool SaveSoftwareCache(const Platform& platform, std::wstring_view cacheFile,
+                       const TExtIniFile& found) {
+  const std::vector<std::wstring> sections = found.ReadSections();
+  if (sections.empty()) return true;
+  return UpdateIniFile(platform, cacheFile, [&](TExtIniFile& cache) {
+    for (const std::wstring& section : sections)
+      for (const std::wstring& key : found.ReadSection(section))
+        cache.WriteString(section, key, found.ReadString(section, key, {}));
+  });
 }
 
 }  // namespace varnel

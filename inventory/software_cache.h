@@ -3,6 +3,7 @@
 #include <string>
 #include <string_view>
 
+#include "base/ext_ini_file.h"
 #include "inventory/soft_list.h"
 #include "platform/platform.h"
 
@@ -30,5 +31,10 @@ std::wstring CacheFingerprint(ISystem& system, std::wstring_view installDateText
 // Fills what the cache knows into every visible record whose fingerprint
 // still matches. A missing or unreadable file changes nothing.
 void ApplySoftwareCache(const Platform& platform, SoftList& list, std::wstring_view cacheFile);
+// Writes the values of `found` into the cache file as it stands now. A file
+// that exists but cannot be read is not saved over: the findings are lost
+// rather than every other program's entry.
+bool SaveSoftwareCache(const Platform& platform, std::wstring_view cacheFile,
+                       const TExtIniFile& found);
 
 }  // namespace varnel

@@ -51,7 +51,8 @@ TSoftwareInfo::TSoftwareInfo(const Platform& platform, GuiDispatcher& dispatcher
                            options_.uninstallKeys.get());
   options_.uninstallKeys.reset();
   ApplySoftwareCache(platform, items_, options_.cacheFile);
-  analysis_ = std::make_unique<TAnalysisThread>(platform, dispatcher, options_.cacheFile);
+  analysis_ = std::make_unique<TAnalysisThread>(platform, dispatcher, options_.cacheFile,
+                                                options_.onError);
   analysis_->SetJobs(options_.view, &items_);
   analysis_->Start();
   analysis_->RunPass();

@@ -36,6 +36,7 @@ class TSoftwareInfo {
     std::wstring displayText1;
     std::wstring displayText2;
     std::wstring cacheFile;
+    TAnalysisThread::ErrorHandler onError;  // failures of the analysis
     ToolbarDiscovery discoverToolbars;  // the browsers' own when empty
     // Read ahead while the windows were made; used by the first build only.
     std::unique_ptr<RegistrySnapshot> uninstallKeys;

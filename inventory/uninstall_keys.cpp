@@ -108,7 +108,7 @@ std::unique_ptr<TSoftInfo> ReadEntry(const TAppFrame& frame, const std::wstring&
   info->UninstallString = uninstall;
   info->DisplayIcon = ReadKeyString(key, L"DisplayIcon");
   info->Readme = ReadKeyString(key, L"Readme");
-  info->Size = ReadKeyInteger(key, L"EstimatedSize") * 1024;
+  info->Size = PlausibleSize(ReadKeyInteger(key, L"EstimatedSize") * 1024);
   info->SizeText = FormatFileSize(info->Size, context.decimalSeparator);
 
   std::wstring upperName = text::Upper(info->Name);

@@ -60,6 +60,10 @@ class IFileSystem {
   // Removes an empty folder only.
   virtual bool RemoveFolder(std::wstring_view path) = 0;
   virtual bool MoveEntry(std::wstring_view from, std::wstring_view to) = 0;
+  // Puts the file `from` in the place of the file `to` in one step, once
+  // `from`'s content is on the disk; a file at `to` is replaced, a read-only
+  // one refused. On failure `to` is as it was.
+  virtual bool ReplaceEntry(std::wstring_view from, std::wstring_view to) = 0;
 
   // Empty when the path does not exist.
   virtual std::wstring LongPathName(std::wstring_view path) = 0;

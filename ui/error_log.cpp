@@ -50,19 +50,15 @@ std::vector<std::wstring> ErrorReportLines(const Platform& platform,
 bool AppendErrorReport(const Platform& platform, std::wstring_view exceptionType,
                        std::wstring_view message) noexcept {
   try {
-    const std::wstring file = ErrorLogFileName(platform.system);
-    std::wstring content;
-    if (platform.files.FileExists(file)) {
-      ReadTextFile(platform, file, content);
-    } else {
-      WriteTextFile(platform.files, file, L"");
-    }
-    if (!content.empty() && content.back() != L'\n') content += L"\r\n";
-    for (const std::wstring& line : ErrorReportLines(platform, exceptionType, message)) {
-      content += line;
-      content += L"\r\n";
-    }
-    return WriteTextFile(platform.files, file, content);
+    const auto lines = ErrorReportLines(platform, exceptionType, message);
+    return UpdateTextFile(platform, ErrorLogFileName(platform.system),
+                          [&lines](std::wstring& content) {
+                            if (!content.empty() && content.back() != L'\n') content += L"\r\n";
+                            for (const std::wstring& line : lines) {
+                              content += line;
+                              content += L"\r\n";
+                            }
+                          });
   } catch (...) {
     return false;
   }

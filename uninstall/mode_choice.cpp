@@ -17,10 +17,9 @@ std::wstring ModeChoiceFile(const Platform& platform, bool create) {
 void SaveModeChoice(const Platform& platform, bool advanced) {
   const std::wstring file = ModeChoiceFile(platform, true);
   if (file.empty()) return;
-  TExtIniFile ini;
-  ini.LoadFromFile(platform, file);
-  ini.WriteInteger(L"Main", L"Advanced", advanced ? 1 : 0);
-  ini.SaveToFile(platform, file);
+  UpdateIniFile(platform, file, [advanced](TExtIniFile& ini) {
+    ini.WriteInteger(L"Main", L"Advanced", advanced ? 1 : 0);
+  });
 }
 
 bool LoadModeChoice(const Platform& platform) {

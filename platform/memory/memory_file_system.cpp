@@ -154,6 +154,16 @@ FsNode* Enter(FsNode& root, FsNode* node) {
   return target ? Walk(root, *target, true, hops) : nullptr;
 }
 
+// Takes `node` out of the folder `from` into the folder `to`, as `name`.
+void Relink(FsNode& from, const FsNode& node, FsNode& to, const std::wstring& name) {
+  const std::wstring key = text::Upper(node.name);
+  auto owned = std::move(from.children[key]);
+  from.children.erase(key);
+  owned->name = name;
+  owned->shortName.clear();
+  to.children.emplace(text::Upper(name), std::move(owned));
+}
+
 }  // namespace
 
 MemoryFileSystem::MemoryFileSystem(FaultSwitches& faults)
@@ -337,12 +347,23 @@ bool MemoryFileSystem::MoveEntry(std::wstring_view from, std::wstring_view to) {
   // A folder cannot move into itself or below itself.
   for (const FsNode* up : dst->chain)
     if (up == node) return false;
-  const std::wstring key = text::Upper(node->name);
-  auto owned = std::move(src->folder->children[key]);
-  src->folder->children.erase(key);
-  owned->name = dst->name;
-  owned->shortName.clear();
-  dst->folder->children.emplace(text::Upper(owned->name), std::move(owned));
+  Relink(*src->folder, *node, *dst->folder, dst->name);
+  return true;
+}
+
+bool MemoryFileSystem::ReplaceEntry(std::wstring_view from, std::wstring_view to) {
+  if (faults_.Fails(Fault::FileReplace)) return false;
+  const auto src = Split(from, false);
+  const auto dst = Split(to, false);
+  if (!src || !dst) return false;
+  FsNode* node = Child(*src->folder, src->name);
+  if (!node || node->IsDirectory()) return false;
+  if (const FsNode* old = Child(*dst->folder, dst->name)) {
+    if (old == node) return true;
+    if (old->IsDirectory() || (old->attributes & FileAttr::ReadOnly)) return false;
+    dst->folder->children.erase(text::Upper(old->name));
+  }
+  Relink(*src->folder, *node, *dst->folder, dst->name);
   return true;
 }
 

@@ -20,7 +20,7 @@ namespace varnel::mem {
 enum class Fault {
   RegOpen, RegCreate, RegEnumKeys, RegEnumValues, RegRead, RegWrite, RegDeleteKey, RegDeleteValue,
   FileAttributes, FileFind, FileRead, FileWrite, FileDelete, FolderCreate, FolderRemove,
-  FileMove, MoveOnReboot, LongPath, ShortPath,
+  FileMove, FileReplace, MoveOnReboot, LongPath, ShortPath,
   SpecialFolder, ExpandEnvironment, VersionInfo,
 };
 
@@ -94,6 +94,7 @@ class MemoryFileSystem final : public IFileSystem {
   bool MakeDirectory(std::wstring_view path) override;
   bool RemoveFolder(std::wstring_view path) override;
   bool MoveEntry(std::wstring_view from, std::wstring_view to) override;
+  bool ReplaceEntry(std::wstring_view from, std::wstring_view to) override;
   std::wstring LongPathName(std::wstring_view path) override;
   std::wstring ShortPathName(std::wstring_view path) override;
   bool MoveOnReboot(std::wstring_view from, std::wstring_view to) override;

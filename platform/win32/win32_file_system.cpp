@@ -224,6 +224,27 @@ bool Win32FileSystem::MoveEntry(std::wstring_view from, std::wstring_view to) {
   return MoveFileExW(apiFrom->c_str(), apiTo->c_str(), MOVEFILE_COPY_ALLOWED);
 }
 
+bool Win32FileSystem::ReplaceEntry(std::wstring_view from, std::wstring_view to) {
+  auto apiFrom = ApiPath(from);
+  auto apiTo = ApiPath(to);
+  if (!apiFrom || !apiTo || apiFrom->empty() || apiTo->empty()) return false;
+  const DWORD existing = GetFileAttributesW(apiTo->c_str());
+  if (existing != INVALID_FILE_ATTRIBUTES &&
+      (existing & (FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_DIRECTORY))) {
+    SetLastError(ERROR_ACCESS_DENIED);
+    return false;
+  }
+  {
+    // The rename is journalled; the data it points at must be on the disk
+    // before it, or a crash leaves a replaced file with nothing in it.
+    UniqueFile file(CreateFileW(apiFrom->c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr,
+                                OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+    if (!file || !FlushFileBuffers(file.get())) return false;
+  }
+  return MoveFileExW(apiFrom->c_str(), apiTo->c_str(),
+                     MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) != FALSE;
+}
+
 std::wstring Win32FileSystem::LongPathName(std::wstring_view path) {
   return PathQuery(path, [](const wchar_t* in, wchar_t* out, DWORD size) {
     return GetLongPathNameW(in, out, size);

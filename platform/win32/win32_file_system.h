@@ -18,6 +18,7 @@ class Win32FileSystem final : public IFileSystem {
   bool MakeDirectory(std::wstring_view path) override;
   bool RemoveFolder(std::wstring_view path) override;
   bool MoveEntry(std::wstring_view from, std::wstring_view to) override;
+  bool ReplaceEntry(std::wstring_view from, std::wstring_view to) override;
   std::wstring LongPathName(std::wstring_view path) override;
   std::wstring ShortPathName(std::wstring_view path) override;
   bool MoveOnReboot(std::wstring_view from, std::wstring_view to) override;

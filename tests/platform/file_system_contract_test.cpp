@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <string>
 
 #include "tests/platform/contract_fixture.h"
 
@@ -149,6 +150,28 @@ TEST_P(FileSystemContract, MovingRenamesAndNeverOverwrites) {
   ASSERT_TRUE(fs.ReadWholeFile(Scratch(L"dir\\three"), back));
   EXPECT_EQ(back, Bytes("1"));
   EXPECT_FALSE(fs.MoveEntry(Scratch(L"dir"), Scratch(L"dir\\inside")));
+}
+
+TEST_P(FileSystemContract, ReplacingPutsTheNewFileInPlaceOrLeavesTheOldOne) {
+  auto& fs = p().files;
+  auto content = [&](const wchar_t* name) {
+    std::vector<std::uint8_t> bytes;
+    fs.ReadWholeFile(Scratch(name), bytes);
+    return std::string(bytes.begin(), bytes.end());
+  };
+  ASSERT_TRUE(fs.WriteWholeFile(Scratch(L"old"), Bytes("old")));
+  ASSERT_TRUE(fs.WriteWholeFile(Scratch(L"new"), Bytes("new")));
+  ASSERT_TRUE(fs.ReplaceEntry(Scratch(L"new"), Scratch(L"old")));
+  EXPECT_FALSE(fs.FileExists(Scratch(L"new")));
+  EXPECT_EQ(content(L"old"), "new");
+
+  ASSERT_TRUE(fs.WriteWholeFile(Scratch(L"newer"), Bytes("newer")));
+  ASSERT_TRUE(fs.SetAttributes(Scratch(L"old"), FileAttr::ReadOnly));
+  EXPECT_FALSE(fs.ReplaceEntry(Scratch(L"newer"), Scratch(L"old")));
+  EXPECT_FALSE(fs.ReplaceEntry(Scratch(L"missing"), Scratch(L"newer")));
+  EXPECT_EQ(content(L"old"), "new");
+  EXPECT_EQ(content(L"newer"), "newer");
+  ASSERT_TRUE(fs.SetAttributes(Scratch(L"old"), FileAttr::Normal));
 }
 
 TEST_P(FileSystemContract, PathsAreNormalisedLikeWindowsDoes) {

@@ -3,6 +3,7 @@
 #include <chrono>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <thread>
@@ -429,15 +430,45 @@ TEST_F(AnalysisThreadTest, IdleNeverStartedOrUnservedThreadsEndQuietly) {
   EXPECT_EQ(list[0]->Size, 0);
 }
 
-TEST_F(AnalysisThreadTest, FailingRowsAndRecordsDoNotEndThePass) {
+TEST_F(AnalysisThreadTest, FailingRowsAreReportedAndDoNotEndThePassOrItsSave) {
   Add(L"Acme");
   Add(L"Beta");
   view.onRow = [](int index, const TSoftInfo&) {
     if (index == 0) throw std::runtime_error("paint");
   };
-  RunOnce(&view);
+  std::vector<std::string> reports;
+  TAnalysisThread thread(m.Get(), dispatcher, kCacheFile, [&](std::exception_ptr error) {
+    EXPECT_EQ(std::this_thread::get_id(), view.gui);
+    try {
+      std::rethrow_exception(error);
+    } catch (const std::exception& e) {
+      reports.push_back(e.what());
+    }
+  });
+  thread.SetJobs(&view, &list);
+  thread.Start();
+  thread.RunPass();
+  thread.WaitForPass();
   EXPECT_EQ(view.rows, (std::vector<int>{0, 1}));
   EXPECT_EQ(list[1]->Size, 1100);
+  EXPECT_EQ(reports, (std::vector<std::string>{"paint"}));
+  EXPECT_TRUE(LoadCache().SectionExists(L"Beta"));
+}
+
+TEST_F(AnalysisThreadTest, AStopAskedForBeforeThePassBeginsEndsIt) {
+  Add(L"Acme");
+  auto thread = StartThread(&view);
+  // Nothing is served before WaitForPass, so the worker cannot be past its
+  // first hand-over when the stop comes.
+  thread->RunPass();
+  thread->RequestStop();
+  thread->WaitForPass();
+  EXPECT_TRUE(view.rows.empty());
+  EXPECT_EQ(list[0]->Size, 0);
+
+  thread->RunPass();
+  thread->WaitForPass();
+  EXPECT_EQ(view.rows, (std::vector<int>{0}));
 }
 
 TEST_F(AnalysisThreadTest, HiddenAndCompleteRecordsAreLeftAlone) {
@@ -472,19 +503,43 @@ TEST_F(AnalysisThreadTest, ReadmeFolderStandsInAndUnsafeFoldersMeasureZero) {
   EXPECT_EQ(system.SizeText, L"0 Byte");
 }
 
-TEST_F(AnalysisThreadTest, ACorruptCacheIsReplacedAndAnUnsavableOneIsLost) {
-  m.files.AddFile(kCacheFile, std::string("\xef\xbb\xbf[Acme\x00\xff\nsize=\x80\x81", 18));
-  TSoftInfo& acme = Add(L"Acme");
-  RunOnce(&view);
-  EXPECT_EQ(acme.Size, 1100);
-  EXPECT_EQ(LoadCache().ReadString(L"Acme", L"size", L""), L"1100");
-
-  ASSERT_TRUE(m.files.RemoveFile(kCacheFile));
-  m.faults.Set(mem::Fault::FileWrite);
-  Restart();
-  RunOnce(&view);
-  EXPECT_EQ(list[0]->Size, 1100);
-  EXPECT_FALSE(m.files.FileExists(kCacheFile));
+// The cache file as another process may leave it: what the pass found is
+// added to it, and a file that cannot be read is never saved over.
+TEST_F(AnalysisThreadTest, ThePassAddsToTheCacheAndNeverSavesOverOneItCannotRead) {
+  const std::string other = "\xef\xbb\xbf[Other]\r\nsize=5\r\n";
+  struct Case {
+    const char* what;
+    std::optional<std::string> before;
+    std::optional<mem::Fault> fault;
+    std::optional<std::wstring> acmeSize;  // nullopt: no file afterwards
+    bool otherKept;
+  };
+  const Case cases[] = {
+      {"missing", std::nullopt, std::nullopt, L"1100", false},
+      {"written by another", other, std::nullopt, L"1100", true},
+      {"garbled", std::string("\xef\xbb\xbf[Acme\x00\xff\nsize=\x80\x81", 18), std::nullopt,
+       L"1100", false},
+      {"held unshared by another", other, mem::Fault::FileRead, L"", true},
+      {"unwritable", std::nullopt, mem::Fault::FileWrite, std::nullopt, false},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.what);
+    list.clear();
+    m.files.RemoveFile(kCacheFile);
+    if (c.before) m.files.AddFile(kCacheFile, *c.before);
+    Add(L"Acme");
+    if (c.fault) m.faults.Set(*c.fault);
+    RunOnce(&view);
+    m.faults.Clear();
+    EXPECT_EQ(list[0]->Size, 1100);
+    if (!c.acmeSize) {
+      EXPECT_FALSE(m.files.FileExists(kCacheFile));
+      continue;
+    }
+    const TExtIniFile ini = LoadCache();
+    EXPECT_EQ(ini.ReadString(L"Acme", L"size", L""), *c.acmeSize);
+    EXPECT_EQ(ini.ReadString(L"Other", L"size", L""), c.otherKept ? L"5" : L"");
+  }
 }
 
 }  // namespace

@@ -125,12 +125,20 @@ TEST_F(ApplySoftwareCacheTest, BadDatesAndNumbersFallBackToEmptyOrDefault) {
   ini.WriteString(L"Bare", L"MD5", CacheFingerprint(m.system, L"", kUninstall));
   ini.WriteString(L"Bare", L"size", L"lots");
   TSoftInfo& bare = Add(L"Bare");
+  // Sizes no program has: unknown, so that the analysis measures again.
+  for (const wchar_t* size : {L"-5", L"4398046511104"}) {
+    ini.WriteString(size, L"MD5", CacheFingerprint(m.system, L"", kUninstall));
+    ini.WriteString(size, L"size", size);
+    Add(size);
+  }
   Apply();
   EXPECT_TRUE(acme.InstallDateText.empty());
   EXPECT_EQ(acme.InstallDate, 0);
   EXPECT_EQ(acme.Size, 3145728);
-  EXPECT_EQ(bare.Size, 0);
-  EXPECT_EQ(bare.SizeText, L"0 Byte");
+  for (std::size_t i = 1; i < list.size(); ++i) {
+    EXPECT_EQ(list[i]->Size, 0) << i;
+    EXPECT_EQ(list[i]->SizeText, L"0 Byte") << i;
+  }
   EXPECT_EQ(bare.LastAccessDate, NowLocal(m.system));
 }
 

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -51,6 +52,39 @@ TEST(TextFile, SplitLinesKnowsAllThreeBreaks) {
   EXPECT_EQ(SplitLines(L"a\r\r\nb\n\rc\r\n"), (Lines{L"a", L"", L"b", L"", L"c"}));
   EXPECT_EQ(SplitLines(L"\n\n"), (Lines{L"", L""}));
   EXPECT_EQ(SplitLines(L""), Lines{});
+}
+
+// Whatever goes wrong on the way, the file on the disk is the old one or the
+// new one, never a part of either, and nothing is left beside it.
+TEST(TextFile, AnUpdateReplacesTheWholeFileOrLeavesItAlone) {
+  struct Case {
+    const char* what;
+    std::optional<mem::Fault> fault;
+    const wchar_t* expected;
+  };
+  const Case cases[] = {
+      {"written", std::nullopt, L"old+new"},
+      {"disk full", mem::Fault::FileWrite, L"old"},
+      {"not replaceable", mem::Fault::FileReplace, L"old"},
+      {"unreadable, e.g. held unshared by another writer", mem::Fault::FileRead, L"old"},
+  };
+  const std::wstring path = L"C:\\data\\settings.ini";
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.what);
+    mem::MemoryPlatform m;
+    m.files.AddFile(path, "old");
+    if (c.fault) m.faults.Set(*c.fault);
+    const bool written =
+        UpdateTextFile(m.Get(), path, [](std::wstring& text) { text += L"+new"; });
+    m.faults.Clear();
+    EXPECT_EQ(written, !c.fault);
+    std::wstring text;
+    ASSERT_TRUE(ReadTextFile(m.Get(), path, text));
+    EXPECT_EQ(text, c.expected);
+    std::vector<FindEntry> entries;
+    m.files.FindEntries(L"C:\\data\\*", entries);
+    EXPECT_EQ(entries.size(), 3u);  // ".", ".." and the file
+  }
 }
 
 }  // namespace

@@ -232,10 +232,8 @@ TEST_F(UninstallKeysTest, ValuesOfTheWrongTypeReadAsEmpty) {
   m.registry.SetString(HKLM, Key(L"BinCommand"), L"DisplayName", L"Binary Command");
   m.registry.SetRaw(HKLM, Key(L"BinCommand"), L"UninstallString",
                     {RegType::Binary, text::ToUtf16Bytes(L"C:\\x.exe")});
-  Entry(HKLM, L"MultiSize", L"Multi Size");
-  m.registry.SetRaw(HKLM, Key(L"MultiSize"), L"EstimatedSize",
-                    {RegType::MultiString, text::ToUtf16Bytes(L"12")});
-  m.registry.SetRaw(HKLM, Key(L"MultiSize"), L"Publisher", {RegType::DWord, {1, 2}});
+  Entry(HKLM, L"DwordPublisher", L"Dword Publisher");
+  m.registry.SetRaw(HKLM, Key(L"DwordPublisher"), L"Publisher", {RegType::DWord, {1, 2}});
   std::wstring longName(20000, L'N');
   Entry(HKLM, L"Long", longName);
   Entry(HKLM, L"Expand", L"Expand Icon");
@@ -246,12 +244,45 @@ TEST_F(UninstallKeysTest, ValuesOfTheWrongTypeReadAsEmpty) {
   ASSERT_EQ(list.size(), 3u);
   std::map<std::wstring, const TSoftInfo*> byName;
   for (const auto& info : list) byName[info->Name] = info.get();
-  ASSERT_TRUE(byName.count(L"Multi Size"));
-  EXPECT_EQ(byName[L"Multi Size"]->Size, 0);
-  EXPECT_EQ(byName[L"Multi Size"]->Publisher, L"-");
+  ASSERT_TRUE(byName.count(L"Dword Publisher"));
+  EXPECT_EQ(byName[L"Dword Publisher"]->Publisher, L"-");
   ASSERT_TRUE(byName.count(longName));
   ASSERT_TRUE(byName.count(L"Expand Icon"));
   EXPECT_EQ(byName[L"Expand Icon"]->DisplayIcon, L"%ProgramFiles%\\e.exe") << "not expanded";
+}
+
+// "EstimatedSize" is a signed 32-bit count of kilobytes; whatever else a
+// broken entry holds leaves the size unknown, never negative or absurd.
+TEST_F(UninstallKeysTest, SizesThatNoProgramCanHaveAreUnknown) {
+  const auto le = [](std::uint64_t v, int bytes) {
+    std::vector<std::uint8_t> out;
+    for (int i = 0; i < bytes; ++i) out.push_back(static_cast<std::uint8_t>(v >> (8 * i)));
+    return out;
+  };
+  const struct {
+    const wchar_t* name;
+    RegValue value;
+    std::int64_t size;
+  } cases[] = {
+      {L"Plain", {RegType::DWord, le(2048, 4)}, 2097152},
+      {L"Negative", {RegType::DWord, le(0xFFFFFFFB, 4)}, 0},
+      {L"Beyond a terabyte", {RegType::DWord, le(0x7FFFFFFF, 4)}, 0},
+      {L"Quad", {RegType::QWord, le(std::uint64_t{1} << 60, 8)}, 0},
+      {L"Text", {RegType::MultiString, text::ToUtf16Bytes(L"12")}, 0},
+  };
+  for (const auto& c : cases) {
+    Entry(HKLM, c.name, c.name);
+    m.registry.SetRaw(HKLM, Key(c.name), L"EstimatedSize", c.value);
+  }
+  const auto list = Collect();
+  ASSERT_EQ(list.size(), std::size(cases));
+  for (const auto& info : list) {
+    const auto c = std::find_if(std::begin(cases), std::end(cases),
+                                [&](const auto& c) { return info->Name == c.name; });
+    ASSERT_NE(c, std::end(cases)) << text::ToUtf8(info->Name);
+    EXPECT_EQ(info->Size, c->size) << text::ToUtf8(info->Name);
+    EXPECT_EQ(info->SizeText, c->size ? L"2.00 MB" : L"0 Byte") << text::ToUtf8(info->Name);
+  }
 }
 
 TEST_F(UninstallKeysTest, TheTreeIsWalkedBreadthFirstAndFailuresAreSwallowed) {

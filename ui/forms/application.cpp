@@ -50,15 +50,27 @@ std::unique_ptr<RegistrySnapshot> Application::TakeUninstallKeys() {
   }
 }
 
-void Application::HandleException(std::exception_ptr error) noexcept {
+void ReportToErrorLog(const Platform& platform, std::exception_ptr error) noexcept {
+  std::wstring type = L"unknown";
+  std::wstring message;
   try {
-    std::rethrow_exception(error);
-  } catch (const std::exception& e) {
-    AppendErrorReport(platform_, TypeName(typeid(e)), text::FromUtf8(e.what()));
+    try {
+      std::rethrow_exception(error);
+    } catch (const std::exception& e) {
+      type = TypeName(typeid(e));
+      message = text::FromUtf8(e.what());
+    } catch (...) {
+      if (const std::type_info* thrown = abi::__cxa_current_exception_type())
+        type = TypeName(*thrown);
+    }
   } catch (...) {
-    const std::type_info* type = abi::__cxa_current_exception_type();
-    AppendErrorReport(platform_, type ? TypeName(*type) : L"unknown", L"");
+    // No memory left to name it: the report goes out as it stands.
   }
+  AppendErrorReport(platform, type, message);
+}
+
+void Application::HandleException(std::exception_ptr error) noexcept {
+  ReportToErrorLog(platform_, error);
 }
 
 bool Application::Dispatch(MSG& message, HWND main) {

@@ -17,6 +17,9 @@
 
 namespace varnel::forms {
 
+// Appends a report of `error` to the error log; never throws.
+void ReportToErrorLog(const Platform& platform, std::exception_ptr error) noexcept;
+
 // What every window shares: the machine, the GUI-thread hand-over queue,
 // the command line, the program icon, the message loop and the one
 // exception handler, which writes "Error_Log.txt" and goes on.

@@ -223,6 +223,7 @@ void TUninstallForm_Main::TimerGetSoftware() {
   options.displayText1 = messages_.oneItem;
   options.displayText2 = messages_.items;
   options.cacheFile = SoftwareCacheFileName(TAppFrame(platform), true);
+  options.onError = [this](std::exception_ptr error) { app_.HandleException(error); };
   options.uninstallKeys = app_.TakeUninstallKeys();
   // Start-up: the analysis thread's first hand-overs wait for this message loop.
   app_.Dispatcher().SetWakeUp([hwnd = hwnd_] { PostMessageW(hwnd, WM_DRAIN_HANDOVERS, 0, 0); });

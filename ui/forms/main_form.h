@@ -4,6 +4,7 @@
 
 #include <shellapi.h>
 
+#include <exception>
 #include <memory>
 #include <string>
 #include <unordered_map>
@@ -117,6 +118,7 @@ class TUninstallForm_Main : public controls::BaseWindow, public IInventoryView {
   MainWindowState state_;
   std::unique_ptr<TSoftwareInfo> inventory_;
   std::unordered_map<int, SoftRow> rows_;  // by record index, for the rows shown
+  std::exception_ptr sortFailure_;  // the first of a sort, reported once it ends
   Messages messages_;
   bool firstActivation_ = true;
   bool listStyleFlag_ = false;  // consumed by later work on the window

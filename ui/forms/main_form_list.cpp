@@ -2,6 +2,8 @@
 
 #include <commctrl.h>
 
+#include <utility>
+
 #include "base/date_time.h"
 #include "base/text.h"
 #include "controls/dpi.h"
@@ -70,12 +72,16 @@ int CALLBACK TUninstallForm_Main::CompareRows(LPARAM a, LPARAM b, LPARAM self) {
     return varnel::CompareRows(form->app_.Machine().system, column, left->second, right->second,
                                form->state_.Direction(column));
   } catch (...) {
+    // Nothing may cross the list's callback; a report per comparison would
+    // flood the log.
+    if (!form->sortFailure_) form->sortFailure_ = std::current_exception();
     return 0;
   }
 }
 
 void TUninstallForm_Main::SortList() {
   list_.Sort(&TUninstallForm_Main::CompareRows, reinterpret_cast<LPARAM>(this));
+  if (sortFailure_) app_.HandleException(std::exchange(sortFailure_, nullptr));
   const int column = state_.SortColumn();
   for (int c = 0; c < MainId::VisibleColumns; ++c) {
     // Direction flag set = the comparison negated = descending.
