@@ -1,5 +1,7 @@
 #include "controls/image_list.h"
 
+#include "platform/win32/top_down_bitmap.h"
+
 namespace varnel::controls {
 
 namespace {
@@ -11,12 +13,7 @@ UniqueHicon Centred(HICON icon, int size, int width, int height) {
   if (!sized || !GetIconInfo(sized.get(), &info)) return {};
   UniqueBitmap colour(info.hbmColor), mask(info.hbmMask);
   if (!colour || !mask) return {};
-  BITMAPINFO format{};
-  format.bmiHeader.biSize = sizeof format.bmiHeader;
-  format.bmiHeader.biWidth = width;
-  format.bmiHeader.biHeight = -height;
-  format.bmiHeader.biPlanes = 1;
-  format.bmiHeader.biBitCount = 32;
+  BITMAPINFO format = win32::TopDown32(width, height);
   void* bits = nullptr;
   UniqueBitmap cellColour(CreateDIBSection(nullptr, &format, DIB_RGB_COLORS, &bits, nullptr, 0));
   UniqueBitmap cellMask(CreateBitmap(width, height, 1, 1, nullptr));

@@ -6,6 +6,7 @@
 
 #include <cstring>
 
+#include "platform/win32/top_down_bitmap.h"
 #include "platform/win32/unique_handle.h"
 #include "platform/win32/win32_strings.h"
 
@@ -25,17 +26,6 @@ IconHandle OwnIcon(HICON icon) {
 // pixels top-down as 32-bit BGRA with straight alpha.
 constexpr int kLargestIconSide = 256;
 constexpr std::size_t kBitsHeader = 4;
-
-BITMAPINFO TopDown32(int width, int height) {
-  BITMAPINFO info{};
-  info.bmiHeader.biSize = sizeof info.bmiHeader;
-  info.bmiHeader.biWidth = width;
-  info.bmiHeader.biHeight = -height;
-  info.bmiHeader.biPlanes = 1;
-  info.bmiHeader.biBitCount = 32;
-  info.bmiHeader.biCompression = BI_RGB;
-  return info;
-}
 
 bool ReadPixels(HDC dc, HBITMAP bitmap, int width, int height, std::uint8_t* out) {
   BITMAPINFO info = TopDown32(width, height);
